@@ -1,0 +1,12 @@
+# Keeps of a list of source files those that are there, so that the tree can be built while it grows.
+function(tarvik_existing out)
+  set(found "")
+  foreach(file IN LISTS ARGN)
+    if(EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${file}")
+      list(APPEND found "${file}")
+    else()
+      message(STATUS "Not there yet: ${CMAKE_CURRENT_SOURCE_DIR}/${file}")
+    endif()
+  endforeach()
+  set(${out} "${found}" PARENT_SCOPE)
+endfunction()

@@ -1,0 +1,44 @@
+#!/bin/sh
+# Builds the command and runs it.
+#
+#   demo.sh                            the station summary of the sample volume
+#   demo.sh [options of tarvik]        the same with other options
+#   demo.sh [options of tarvik] file   a volume of your own
+#
+# What the build says is shown only when it fails.
+set -eu
+
+root=$(CDPATH='' cd -- "$(dirname -- "$0")/.." && pwd)
+build=$root/build/release
+sample=$root/samples/demo.seed
+log=$root/build/demo.log
+
+"$root/scripts/setup.sh" --build
+
+mkdir -p "$root/build"
+[ -x "$build/cmd/tarvik" ] || echo 'demo: building the command; this happens once.' >&2
+configure() {
+  # The tests are left for scripts/test.sh, which knows what they need.
+  [ -f "$build/build.ninja" ] || (cd "$root" && cmake --preset release -DTARVIK_TESTS=OFF)
+}
+{ configure && cmake --build "$build" --target tarvik; } >"$log" 2>&1 || {
+  cat "$log" >&2
+  echo 'demo: the build failed.' >&2
+  exit 1
+}
+
+if [ $# -eq 0 ]; then
+  status=0
+  "$build/cmd/tarvik" -sta -v "$sample" || status=$?
+  {
+    echo
+    echo 'This was the station summary of samples/demo.seed.  Next, try:'
+    echo '  scripts/demo.sh -v                    every blockette, field by field'
+    echo '  scripts/demo.sh -sta -v FILE          a volume of your own'
+  } >&2
+  exit "$status"
+fi
+
+for last in "$@"; do :; done
+[ -f "$last" ] || set -- "$@" "$sample"
+exec "$build/cmd/tarvik" "$@"

@@ -1,0 +1,78 @@
+#!/bin/sh
+# Checks for the programs and packages that the project needs, and installs those that are missing
+# where it may: as root, or through sudo without a password.  Elsewhere it prints the one line to type
+# and exits with 1.
+#
+#   setup.sh --build   what building the command takes
+#   setup.sh           that, and what its tests take
+#   setup.sh --ci      all that .ci/run takes
+set -eu
+
+root=$(CDPATH='' cd -- "$(dirname -- "$0")/.." && pwd)
+missing=''
+
+# need <package> <test...>: the package is missing unless the test succeeds.
+need() {
+  package=$1
+  shift
+  "$@" >/dev/null 2>&1 || missing="$missing $package"
+}
+has() { command -v "$1"; }
+installed() { [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }
+found() {
+  for file in "$@"; do
+    [ -e "$file" ] && return 0
+  done
+  return 1
+}
+
+need_build() {
+  need g++ has g++
+  need cmake has cmake
+  need ninja-build has ninja
+  need git has git
+}
+need_tests() {
+  need libgtest-dev found /usr/include/gtest/gtest.h /usr/local/include/gtest/gtest.h
+}
+need_ci() {
+  need clang has clang++
+  need clang-format has clang-format
+  need clang-tidy has clang-tidy
+  need cppcheck has cppcheck
+  need libbenchmark-dev installed libbenchmark-dev
+  need libclang-rt-14-dev installed libclang-rt-14-dev
+  need llvm has llvm-cov
+  need mandoc has mandoc
+  need pkg-config has pkg-config
+  need valgrind has valgrind
+  [ ! -d "$root/debian" ] || need lintian has lintian
+}
+
+install_missing() {
+  # shellcheck disable=SC2086 # a list of package names
+  "$@" sh -c 'export DEBIAN_FRONTEND=noninteractive
+    apt-get -qq update && apt-get -qq install -y --no-install-recommends "$@"' sh $missing >&2
+}
+
+case ${1-} in
+  --build) need_build ;;
+  '') need_build; need_tests ;;
+  --ci) need_build; need_tests; need_ci ;;
+  *) echo "usage: setup.sh [--build | --ci]" >&2; exit 2 ;;
+esac
+[ -n "$missing" ] || exit 0
+
+echo "setup: missing:$missing" >&2
+if ! has apt-get >/dev/null; then
+  echo 'setup: this is no Debian system; please install what these Debian packages hold.' >&2
+  exit 1
+elif [ "$(id -u)" -eq 0 ]; then
+  install_missing env
+elif has sudo >/dev/null && sudo -n true 2>/dev/null; then
+  install_missing sudo
+else
+  echo 'setup: please type:' >&2
+  echo "  sudo apt-get update && sudo apt-get install -y --no-install-recommends$missing" >&2
+  exit 1
+fi
