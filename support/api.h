@@ -1,0 +1,17 @@
+/* What the public headers need of the compiler: symbol visibility and call checks. */
+#ifndef SUPPORT_API_H_
+#define SUPPORT_API_H_
+
+#if defined(__GNUC__)
+#define SDBLK_API __attribute__((visibility("default")))
+#define SDBLK_PRINTF(text, first) __attribute__((format(printf, text, first)))
+#define SDBLK_SENTINEL __attribute__((sentinel))
+#define SDBLK_NORETURN __attribute__((noreturn))
+#else
+#define SDBLK_API
+#define SDBLK_PRINTF(text, first)
+#define SDBLK_SENTINEL
+#define SDBLK_NORETURN
+#endif
+
+#endif /* SUPPORT_API_H_ */

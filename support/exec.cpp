@@ -1,0 +1,59 @@
+#include "support/exec.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <string_view>
+
+#include "support/memory.h"
+
+namespace {
+
+// directory and name joined, to be freed; the empty directory is the current one.
+char *join_path(std::string_view directory, const char *name) {
+  const std::size_t name_length = std::strlen(name);
+  if (directory.empty()) return memory_copy_text(name, name_length);
+  char *path = static_cast<char *>(memory_get(directory.size() + name_length + 2));
+  if (path == nullptr) return nullptr;
+  std::memcpy(path, directory.data(), directory.size());
+  path[directory.size()] = '/';
+  std::memcpy(path + directory.size() + 1, name, name_length + 1);
+  return path;
+}
+
+bool is_readable_file(const char *path) {
+  struct stat status = {};
+  return stat(path, &status) == 0 && !S_ISDIR(status.st_mode) && access(path, R_OK) == 0;
+}
+
+}  // namespace
+
+const char *getexecname(void) {
+  static std::array<char, 8192> path;  // stays empty until the path is found
+  if (path[0] == '\0') {
+    const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
+    // A path that fills the buffer has been cut.
+    if (length < 1 || static_cast<std::size_t>(length) == path.size()) {
+      path[0] = '\0';
+      return nullptr;
+    }
+    path[static_cast<std::size_t>(length)] = '\0';
+  }
+  return path.data();
+}
+
+char *datafile(const char *variable, const char *name) {
+  const char *directories = std::getenv(variable);
+  while (directories != nullptr) {
+    const std::size_t length = std::strcspn(directories, ":");
+    char *path = join_path({directories, length}, name);
+    if (path == nullptr || is_readable_file(path)) return path;
+    memory_free(path);
+    directories = directories[length] == ':' ? directories + length + 1 : nullptr;
+  }
+  return nullptr;
+}

@@ -1,0 +1,146 @@
+#include "support/line.h"
+
+#include <array>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+
+namespace {
+
+__extension__ using Wide = unsigned __int128;
+
+// "00" to "99".
+constexpr std::array<char, 200> make_digit_pairs() {
+  std::array<char, 200> pairs = {};
+  for (std::size_t i = 0; i < 100; ++i) {
+    pairs[2 * i] = static_cast<char>('0' + i / 10);
+    pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+  }
+  return pairs;
+}
+constexpr std::array<char, 200> kDigitPairs = make_digit_pairs();
+
+// "00" to "ff".
+constexpr std::array<char, 512> make_hex_pairs() {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  std::array<char, 512> pairs = {};
+  for (std::size_t i = 0; i < 256; ++i) {
+    pairs[2 * i] = kDigits[i / 16];
+    pairs[2 * i + 1] = kDigits[i % 16];
+  }
+  return pairs;
+}
+constexpr std::array<char, 512> kHexPairs = make_hex_pairs();
+
+constexpr std::array<std::uint64_t, 20> make_powers_of_ten() {
+  std::array<std::uint64_t, 20> powers = {};
+  std::uint64_t power = 1;
+  for (std::uint64_t &entry : powers) {
+    entry = power;
+    power *= 10;
+  }
+  return powers;
+}
+constexpr std::array<std::uint64_t, 20> kPowersOfTen = make_powers_of_ten();
+
+int count_digits(std::uint64_t value) {
+  // 1233 / 4096 is the logarithm of 2 to base 10: a guess that is right or one too low.
+  const int guess = static_cast<int>(std::bit_width(value | 1)) * 1233 >> 12;
+  return guess + (value >= kPowersOfTen[static_cast<std::size_t>(guess)] ? 1 : 0);
+}
+
+// The lowest digits of value, as many as asked for, with zeros in front.
+char *put_last_digits(char *out, std::uint64_t value, int digits) {
+  char *end = out + digits;
+  char *at = end;
+  while (at - out >= 2) {
+    at -= 2;
+    std::memcpy(at, &kDigitPairs[2 * (value % 100)], 2);
+    value /= 100;
+  }
+  if (at != out) *out = static_cast<char>('0' + value % 10);
+  return end;
+}
+
+// The size of value, and a minus sign at *out if it needs one.
+std::uint64_t put_sign(char **out, std::int64_t value) {
+  if (value >= 0) return static_cast<std::uint64_t>(value);
+  *out = put_char(*out, '-');
+  return -static_cast<std::uint64_t>(value);
+}
+
+// A double as mantissa * 2^-shift.
+struct Binary {
+  std::uint64_t mantissa;
+  int shift;
+};
+Binary take_apart(double size) {
+  constexpr int kMantissaBits = 52;
+  constexpr int kBias = 1023 + kMantissaBits;
+  const auto bits = std::bit_cast<std::uint64_t>(size);
+  const int exponent = static_cast<int>(bits >> kMantissaBits);
+  const std::uint64_t fraction = bits & ((std::uint64_t{1} << kMantissaBits) - 1);
+  if (exponent == 0) return {fraction, kBias - 1};
+  return {fraction | std::uint64_t{1} << kMantissaBits, kBias - exponent};
+}
+
+// mantissa * power / 2^shift, rounded to an integer, to the even one when it lies half way.
+std::uint64_t scale(Binary binary, std::uint64_t power) {
+  const Wide product = Wide{binary.mantissa} * power;
+  // The product has less than 74 bits.
+  if (binary.shift > 80) return 0;
+  const auto whole = static_cast<std::uint64_t>(product >> binary.shift);
+  const Wide rest = product & ((Wide{1} << binary.shift) - 1);
+  const Wide half = Wide{1} << (binary.shift - 1);
+  const bool up = rest > half || (rest == half && whole % 2 == 1);
+  return whole + (up ? 1 : 0);
+}
+
+char *put_any_fixed(char *out, double size, int decimals) {
+  constexpr std::size_t kMostBytes = 320;
+  return std::to_chars(out, out + kMostBytes, size, std::chars_format::fixed, decimals).ptr;
+}
+
+}  // namespace
+
+char *put_padded(char *out, std::string_view text, std::size_t width) {
+  out = put_text(out, text);
+  if (text.size() >= width) return out;
+  std::memset(out, ' ', width - text.size());
+  return out + (width - text.size());
+}
+
+char *put_integer(char *out, std::int64_t value) { return put_digits(out, value, 1); }
+
+char *put_digits(char *out, std::int64_t value, int digits) {
+  const std::uint64_t size = put_sign(&out, value);
+  const int needed = count_digits(size);
+  return put_last_digits(out, size, needed < digits ? digits : needed);
+}
+
+char *put_fixed(char *out, double value, int decimals) {
+  if (std::signbit(value)) out = put_char(out, '-');
+  const double size = std::fabs(value);
+  if (std::isnan(size)) return put_text(out, "nan");
+  if (std::isinf(size)) return put_text(out, "inf");
+  // Below 2^43 the scaled value fits 64 bits; a comparison with the value would do as well.
+  const Binary binary = take_apart(size);
+  if (binary.shift < 10) return put_any_fixed(out, size, decimals);
+  const std::uint64_t scaled = scale(binary, kPowersOfTen[static_cast<std::size_t>(decimals)]);
+  const int needed = count_digits(scaled);
+  char *end = put_last_digits(out, scaled, needed > decimals ? needed : decimals + 1);
+  if (decimals == 0) return end;
+  char *point = end - decimals;
+  std::memmove(point + 1, point, static_cast<std::size_t>(decimals));
+  *point = '.';
+  return end + 1;
+}
+
+char *put_hex(char *out, const char *bytes, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) {
+    std::memcpy(out, &kHexPairs[std::size_t{2} * static_cast<unsigned char>(bytes[i])], 2);
+    out += 2;
+  }
+  return out;
+}

@@ -1,0 +1,41 @@
+// Lines written fast: text, numbers and hexadecimal put straight into an output buffer.
+#ifndef SUPPORT_LINE_H_
+#define SUPPORT_LINE_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+#include "support/stream.h"
+
+// Room for a text of at most `bytes` bytes (at most kStreamBytes) in the error log's buffer; what is
+// put there is written as one notification when elog_commit is called with its end.  The text ends in
+// a newline.
+inline char *elog_reserve(std::size_t bytes) { return stream_reserve(log_stream, bytes); }
+inline void elog_commit(char *end) { stream_commit(log_stream, end); }
+
+// Each writes at `out`, returns the end of what it wrote, and says how much room it needs.
+
+inline char *put_text(char *out, std::string_view text) {
+  if (!text.empty()) std::memcpy(out, text.data(), text.size());
+  return out + text.size();
+}
+inline char *put_char(char *out, char c) {
+  *out = c;
+  return out + 1;
+}
+// "%-*s": the text and blanks up to width columns.
+char *put_padded(char *out, std::string_view text, std::size_t width);
+// "%d" and "%ld": at most 20 bytes.
+char *put_integer(char *out, std::int64_t value);
+// "%*.*ld" with as many digits at least (a minus sign comes on top): at most 20 bytes.
+char *put_digits(char *out, std::int64_t value, int digits);
+// "%.*f" / "%lf", decimals from 0 to 6, of any double: at most 320 bytes.
+char *put_fixed(char *out, double value, int decimals);
+// Two lower-case hexadecimal digits a byte.
+char *put_hex(char *out, const char *bytes, std::size_t count);
+// "%Y:%j:%T" of an epoch, as epoch2str gives it: at most 32 bytes.
+char *put_time(char *out, double epoch);
+
+#endif  // SUPPORT_LINE_H_

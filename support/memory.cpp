@@ -1,0 +1,41 @@
+#include "support/memory.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+MemoryGate gate_in_force = nullptr;
+
+bool refused(std::size_t bytes) {
+  if (gate_in_force == nullptr || gate_in_force(bytes)) return false;
+  errno = ENOMEM;
+  return true;
+}
+
+}  // namespace
+
+void *memory_get(std::size_t bytes) noexcept {
+  return refused(bytes) ? nullptr : std::malloc(bytes == 0 ? 1 : bytes);
+}
+
+void *memory_get_zeroed(std::size_t bytes) noexcept {
+  return refused(bytes) ? nullptr : std::calloc(1, bytes == 0 ? 1 : bytes);
+}
+
+void *memory_resize(void *memory, std::size_t bytes) noexcept {
+  return refused(bytes) ? nullptr : std::realloc(memory, bytes == 0 ? 1 : bytes);
+}
+
+void memory_free(void *memory) noexcept { std::free(memory); }
+
+char *memory_copy_text(const char *text, std::size_t size) noexcept {
+  char *copy = static_cast<char *>(memory_get(size + 1));
+  if (copy == nullptr) return nullptr;
+  if (size > 0) std::memcpy(copy, text, size);
+  copy[size] = '\0';
+  return copy;
+}
+
+void memory_set_gate(MemoryGate gate) noexcept { gate_in_force = gate; }
