@@ -1,0 +1,301 @@
+// The catalogue: all blockettes that the library can decode, and their index by type.
+#include "seed/blkdefs/blkdefs.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "seed/blkdefs/data.h"
+#include "seed/blkdefs/dictionary.h"
+#include "seed/blkdefs/rows.h"
+#include "seed/blkdefs/station.h"
+#include "seed/blkdefs/timespan.h"
+#include "seed/blkdefs/volume.h"
+#include "seed/sdblk.h"
+#include "support/elog.h"
+
+// The table belongs to the C interface, so it cannot stand in the namespace of its rows.
+using namespace blkdefs;
+
+// clang-format off
+
+// type, id, name, record types, fields, description
+constexpr SDBlkDef seed_blkdefs[SEED_BLKDEFS_COUNT] = {
+    blockette(   5, "B0005", "Field Volume Identifier Blockette",             "V",    B0005_blkdef, "Field stations use the Field Volume Identifier Blockette [5], and usually produce only one volume."),
+    blockette(   8, "B0008", "Telemetry Volume Identifier Blockette",         "V",    B0008_blkdef, "Field stations or networks can use the Telemetry Volume Identifier Blockette [8] when electronically transmitting SEED data."),
+    blockette(  10, "B0010", "Volume Identifier Blockette",                   "V",    B0010_blkdef, "This is the normal header blockette for station or event oriented network volumes."),
+    blockette(  11, "B0011", "Volume Station Header Index Blockette",         "V",    B0011_blkdef, "This is the index to the Station Identifier Blockettes [50] that appear later in the volume."),
+    blockette(  12, "B0012", "Volume Station Header Index Blockette",         "V",    B0012_blkdef, "This blockette forms an index to the time spans that encompass the actual data."),  // sic: the name of blockette 11
+    blockette(  30, "B0030", "Data Format Dictionary Blockette",              "A",    B0030_blkdef, "This blockette defines how to decode data for the channels."),
+    blockette(  31, "B0031", "Comment Description Blockette",                 "A",    B0031_blkdef, "This blockette defines descriptive comment abbreviations"),
+    blockette(  32, "B0032", "Cited Source Dictionary Blockette",             "A",    B0032_blkdef, "This blockette identifies the contributing institution that provides the hypocenter and magnitude information."),
+    blockette(  33, "B0033", "Generic Abbreviation Blockette",                "A",    B0033_blkdef, "This blockette defines generic abbreviations"),
+    blockette(  34, "B0034", "Units Abbreviation Blockette",                  "A",    B0034_blkdef, "This blockette defines the units of measurement in a standard(?) and repeatable way."),  // sic
+    blockette(  35, "B0035", "Beam Configuration Blockette",                  "A",    B0035_blkdef, "This blockette defines the configuration of an instrument array for the synthetic output of a beam forming algorithm."),
+    blockette(  41, "B0041", "FIR Dictionary Blockette",                      "A",    B0041_blkdef, "The FIR blockette is used to specify FIR digital filter coefficients."),
+    blockette(  42, "B0042", "Response (Polynomial) Dictionary Blockette",    "A",    B0042_blkdef, "This blockette is used to specify non-linear polynomial digital filter coefficients."),
+    blockette(  43, "B0043", "Response (Poles & Zeros) Dictionary Blockette", "A",    B0043_blkdef, "This blockette is used to specify filter poles and zeros."),
+    blockette(  44, "B0044", "Response (Coefficients) Dictionary Blockette",  "A",    B0044_blkdef, "This blockette is used to specify Laplace, Analog(?), Composite(?) and Z-transform filter coefficients."),  // sic
+    blockette(  45, "B0045", "Response List Dictionary Blockette",            "A",    B0045_blkdef, "This blockette is used to specify FAP responses."),
+    blockette(  46, "B0046", "Generic Response Dictionary Blockette",         "A",    B0046_blkdef, "This blockette is used to specify responses as a set of corner frequencies(?)."),  // sic
+    blockette(  47, "B0047", "Decimation Dictionary Blockette",               "A",    B0047_blkdef, "This blockette is used to specify filter decimation parameters usually following a FIR filter."),
+    blockette(  48, "B0048", "Channel Sensitivity/Gain Dictionary Blockette", "A",    B0048_blkdef, "This blockette is used to specify single stage or channel composite sensitivity/gain values."),
+    blockette(  50, "B0050", "Station Identifier Blockette",                  "S",    B0050_blkdef, "This blockette is used to identify a single station."),
+    blockette(  51, "B0051", "Station Comment Blockette",                     "S",    B0051_blkdef, "This blockette is used to identify station comment."),
+    blockette(  52, "B0052", "Channel Identifier Blockette",                  "S",    B0052_blkdef, "This blockette is used to identify a single channel."),
+    blockette(  53, "B0053", "Response (Poles & Zeros) Blockette",            "S",    B0053_blkdef, "Use this blockette fpr the analog stages of filter systems and for IIR digital filters."),  // sic
+    blockette(  54, "B0054", "Response (Coefficients) Blockette",             "S",    B0054_blkdef, "This blockette is usually only used for FIR digital filters."),
+    blockette(  55, "B0055", "Response List Blockette",                       "S",    B0055_blkdef, "This blockette specifies a response as FAP values."),
+    blockette(  56, "B0056", "Generic Response Blockette",                    "S",    B0056_blkdef, "This blockette is used to specify responses as a set of corner frequencies(?)."),  // sic
+    blockette(  57, "B0057", "Decimation Blockette",                          "S",    B0057_blkdef, "This blockette is used to specify filter decimation parameters usually following a FIR filter."),
+    blockette(  58, "B0058", "Channel Sensitivity/Gain Blockette",            "S",    B0058_blkdef, "This blockette is used to specify single stage or channel composite sensitivity/gain values."),
+    blockette(  59, "B0059", "Channel Comment Blockette",                     "S",    B0059_blkdef, "This blockette is used to identify channel comment."),
+    blockette(  60, "B0060", "Response Reference Blockette",                  "S",    B0060_blkdef, "Use this blockette whenever yuo want to replace blockettes [53]-[58],[61],[62] with their corresponding abbreviations."),  // sic
+    blockette(  61, "B0061", "FIR Response Blockette",                        "S",    B0061_blkdef, "The FIR blockette is used to specify FIR digital filter coefficients."),
+    blockette(  62, "B0062", "Response (Polynomial) Blockette",               "S",    B0062_blkdef, "This blockette is used to specify non-linear polynomial digital filter coefficients."),
+    blockette(  70, "B0070", "Time Span Identifier Blockette",                "T",    B0070_blkdef, "Use this blockette to describe when the time series starts and stops."),
+    blockette(  71, "B0071", "Hypocenter Information Blockette",              "T",    B0071_blkdef, "Use this blockette to include hypocenter subsidiary information"),
+    blockette(  72, "B0072", "Event Phases Blockette",                        "T",    B0072_blkdef, "This blockette lists the phase arrivals at the different stations."),
+    blockette(  73, "B0073", "Time Span Data Start Index Blockette",          "T",    B0073_blkdef, "This blockette stores information about the different time series in the time span."),
+    blockette(  74, "B0074", "Time Series Index Blockette",                   "T",    B0074_blkdef, "This blockette replaces the Time Span Index Blockette [73]."),
+    blockette(  99, "DATA",  "Fixed Section of Data Header",                  "DRQM", BDATA_blkdef, "This blockette represents the first 48-byte fixed header at the beginning of each data logical record."),
+    blockette( 100, "B0100", "Sample Rate Blockette",                         "DRQM", B0100_blkdef, "This blockette defines the actual sample rate of the data (as opposed to the nominal sample rate)."),
+    blockette( 200, "B0200", "Generic Event Detection Blockette",             "DRQM", B0200_blkdef, ""),
+    blockette( 201, "B0201", "Murdock Event Detection Blockette",             "DRQM", B0201_blkdef, ""),
+    blockette( 300, "B0300", "Step Calibration Blockette",                    "DRQM", B0300_blkdef, ""),
+    blockette( 310, "B0310", "Sine Calibration Blockette",                    "DRQM", B0310_blkdef, ""),
+    blockette( 320, "B0320", "Pseudo-random Calibration Blockette",           "DRQM", B0320_blkdef, ""),
+    blockette( 390, "B0390", "Generic Calibration Blockette",                 "DRQM", B0390_blkdef, ""),
+    blockette( 395, "B0395", "Calibration Abort Blockette",                   "DRQM", B0395_blkdef, ""),
+    blockette( 400, "B0400", "Beam Blockette",                                "DRQM", B0400_blkdef, ""),
+    blockette( 405, "B0405", "Beam Delay Blockette",                          "DRQM", B0405_blkdef, ""),
+    blockette( 500, "B0500", "Timing Blockette",                              "DRQM", B0500_blkdef, ""),
+    blockette(1000, "B1000", "Data Only SEED Blockette",                      "DRQM", B1000_blkdef, ""),
+    blockette(1001, "B1001", "Data Extension Blockette",                      "DRQM", B1001_blkdef, ""),
+    blockette(2000, "B2000", "Variable Length Opaque Data Blockette",         "DRQM", B2000_blkdef, ""),
+};
+
+// clang-format on
+
+const SDBlkDef *seed_blkdefs_index[SEED_BLKDEFS_INDEX_SIZE];
+int seed_blkdefs_first = 1;
+
+namespace {
+
+// ---- What must hold for the catalogue, proved when it is compiled ----
+
+using Fields = std::span<const SDBlkFieldDef>;
+
+// The decoder cuts a field's text into a buffer of this size, and reads a number from at most so
+// many characters of it.
+constexpr std::int32_t field_text_size = 4096;
+constexpr std::int32_t number_text_width = 80;
+
+// Groups that name a count which their blockette does not have, although it has one under another
+// key.  Such a blockette decodes up to the group, and the listing shows the fault.  They stay as
+// they are, because the listings of existing volumes depend on them.
+struct MiscountedGroup {
+  std::int32_t type;
+  std::string_view key;
+};
+constexpr MiscountedGroup miscounted_groups[] = {
+    {46, "corners"},    // names "nfaps"; the count is "ncorners"
+    {48, "histories"},  // names "ndens"; the count is "nhistories"
+    {56, "corners"},    // names "nfaps"; the count is "ncorners"
+    {58, "histories"},  // names "ndens"; the count is "nhistories"
+    {73, "segs"},       // names "ndata"; the count is "nsegs"
+};
+
+constexpr Fields fields_of(const SDBlkDef &def) {
+  return {def.fields, static_cast<std::size_t>(def.nfields)};
+}
+
+constexpr Fields group_of(const SDBlkFieldDef &field) {
+  return {field.sub, static_cast<std::size_t>(field.nsub)};
+}
+
+// Whether the check holds for an array of fields and for the groups in it.
+template <typename Check>
+constexpr bool holds_within(Fields fields, std::int32_t type, Check check) {
+  if (!check(fields, type)) return false;
+  for (const SDBlkFieldDef &field : fields) {
+    if (field.nsub > 0 && !holds_within(group_of(field), type, check)) return false;
+  }
+  return true;
+}
+
+// Whether check(fields, blockette type) holds for every array of fields.
+template <typename Check>
+constexpr bool every_array(Check check) {
+  for (const SDBlkDef &def : seed_blkdefs) {
+    if (!holds_within(fields_of(def), def.type, check)) return false;
+  }
+  return true;
+}
+
+// Whether check(field) holds for every field.
+template <typename Check>
+constexpr bool every_field(Check check) {
+  return every_array([check](Fields fields, std::int32_t) {
+    return std::all_of(fields.begin(), fields.end(), check);
+  });
+}
+
+constexpr bool types_ascend_within_index() {
+  std::int32_t previous = -1;
+  for (const SDBlkDef &def : seed_blkdefs) {
+    if (def.type <= previous || def.type >= SEED_BLKDEFS_INDEX_SIZE) return false;
+    previous = def.type;
+  }
+  return true;
+}
+
+constexpr bool id_matches_type(const SDBlkDef &def) {
+  const std::string_view id = def.id;
+  if (def.type == SDBLK_DATA_RECORD) return id == "DATA";
+  if (id.size() != 5 || id.front() != 'B') return false;
+  std::int32_t number = 0;
+  for (const char digit : id.substr(1)) number = number * 10 + (digit - '0');
+  return number == def.type;
+}
+
+constexpr bool ids_match_types() {
+  return std::all_of(std::begin(seed_blkdefs), std::end(seed_blkdefs), id_matches_type);
+}
+
+constexpr bool keys_are_unique(Fields fields, std::int32_t) {
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    for (std::size_t j = 0; j < i; ++j) {
+      if (std::string_view(fields[i].key) == fields[j].key) return false;
+    }
+  }
+  return true;
+}
+
+constexpr bool is_miscounted(std::int32_t type, std::string_view key) {
+  for (const MiscountedGroup &group : miscounted_groups) {
+    if (group.type == type && group.key == key) return true;
+  }
+  return false;
+}
+
+constexpr bool has_integer(Fields fields, std::string_view key) {
+  for (const SDBlkFieldDef &field : fields) {
+    if (key == field.key) return field.kind == SDBLK_INT;
+  }
+  return false;
+}
+
+// The count of what repeats stands before it, but for the miscounted groups, whose count stands
+// nowhere.
+constexpr bool counts_stand_before(Fields fields, std::int32_t type) {
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    const SDBlkFieldDef &field = fields[i];
+    if (field.number_entry == nullptr) continue;
+    if (has_integer(fields.first(i), field.number_entry) == is_miscounted(type, field.key)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+constexpr bool is_defined(std::string_view abbr_key) {
+  for (const SDBlkDef &def : seed_blkdefs) {
+    for (const SDBlkFieldDef &field : fields_of(def)) {
+      if (field.kind == SDBLK_ABBR_KEY && abbr_key == field.key) return true;
+    }
+  }
+  return false;
+}
+
+constexpr bool reference_is_sane(const SDBlkFieldDef &field) {
+  if (field.abbr_key == nullptr) return field.kind != SDBLK_REF_ARRAY;
+  return (field.kind == SDBLK_INT || field.kind == SDBLK_REF_ARRAY) && is_defined(field.abbr_key);
+}
+
+// Bytes that a binary conversion takes, 0 for a text conversion.
+constexpr std::int32_t binary_width(Conversion conversion) {
+  switch (conversion) {
+    case Conversion::byte:
+    case Conversion::ubyte: return 1;
+    case Conversion::word:
+    case Conversion::uword: return 2;
+    case Conversion::integer32:
+    case Conversion::ieee_float: return 4;
+    case Conversion::btime: return 10;
+    default: return 0;
+  }
+}
+
+// A picture of a number is as wide as its field; both are read within one number's reach.
+constexpr bool number_width_is_sane(const SDBlkFieldDef &field) {
+  return field.width <= number_text_width &&
+         std::string_view(field.format).size() == static_cast<std::size_t>(field.width);
+}
+
+constexpr bool width_is_sane(const SDBlkFieldDef &field) {
+  const std::int32_t binary = binary_width(conversion_of(field.kind, field.format));
+  switch (field.stype) {
+    case 'B': return binary > 0 && field.width == binary;
+    case 'A': return binary == 0 && field.width > 0 && field.width < field_text_size;
+    case 'D':
+    case 'F': return binary == 0 && field.width > 0 && number_width_is_sane(field);
+    case 'V':
+      if (field.width == 0) return field.kind == SDBLK_STRING_ARRAY;
+      return binary == 0 && field.width > 0 && field.width < field_text_size;
+    default: return field.stype == 0 && field.width == 0;
+  }
+}
+
+// A group's array is told by its count: g++ takes no test of an inline array's address against null
+// for a constant when it adds the sanitizers' checks.
+constexpr bool group_is_sane(const SDBlkFieldDef &field) {
+  if (field.kind == SDBLK_GROUP_ARRAY) return field.stype == 0 && field.nsub > 0;
+  return field.stype != 0 && field.nsub == 0 && field.sub == nullptr;
+}
+
+constexpr bool is_repeating_kind(std::int32_t kind) {
+  return kind == SDBLK_INT_ARRAY || kind == SDBLK_DOUBLE_ARRAY || kind == SDBLK_STRING_ARRAY ||
+         kind == SDBLK_GROUP_ARRAY || kind == SDBLK_REF_ARRAY;
+}
+
+constexpr bool repetition_is_sane(const SDBlkFieldDef &field) {
+  return is_repeating_kind(field.kind) == (field.number_entry != nullptr);
+}
+
+constexpr bool text_is_there(const SDBlkFieldDef &field) {
+  return *field.key != '\0' && *field.title != '\0' && *field.description != '\0' &&
+         std::string_view(field.key).size() == field.key_length;
+}
+
+static_assert(types_ascend_within_index());
+static_assert(ids_match_types());
+static_assert(every_array(keys_are_unique));
+static_assert(every_array(counts_stand_before));
+static_assert(every_field(reference_is_sane));
+static_assert(every_field(width_is_sane));
+static_assert(every_field(group_is_sane));
+static_assert(every_field(repetition_is_sane));
+static_assert(every_field(text_is_there));
+
+}  // namespace
+
+void blkdefs::fill_index(std::span<const SDBlkDef> defs,
+                         std::span<const SDBlkDef *, SEED_BLKDEFS_INDEX_SIZE> slots) {
+  std::fill(slots.begin(), slots.end(), nullptr);
+  for (const SDBlkDef &def : defs) {
+    if (def.type < 0 || def.type >= SEED_BLKDEFS_INDEX_SIZE) {
+      elog_die(0, "sdblk_blkdefs_init: blockette type %4.4d out of range.\n", def.type);
+    }
+    slots[static_cast<std::size_t>(def.type)] = &def;
+  }
+}
+
+int sdblk_blkdefs_init() {
+  if (seed_blkdefs_first == 0) return 0;
+  fill_index(seed_blkdefs, seed_blkdefs_index);
+  seed_blkdefs_first = 0;
+  return 0;
+}
