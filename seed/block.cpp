@@ -1,0 +1,179 @@
+#include "seed/block.h"
+
+#include <cstring>
+#include <new>
+
+#include "support/arr_impl.h"
+#include "support/memory.h"
+
+namespace {
+
+// Contents of a block that the parser fills again and again, and of a chained one.
+constexpr std::size_t kContentsBytes = 4096;
+constexpr std::size_t kChainedContentsBytes = 512;
+
+struct OwnedBlock {
+  SDBlk block;
+  SDBlkStorage storage;
+};
+
+SDBlk *new_block(std::size_t contents_bytes) {
+  void *piece = memory_get(sizeof(OwnedBlock));
+  if (piece == nullptr) return nullptr;
+  auto *owned = new (piece) OwnedBlock{};
+  owned->block.storage = &owned->storage;
+  owned->block.contents = arr_new_pooled(contents_bytes);
+  if (owned->block.contents == nullptr) {
+    memory_free(owned);
+    return nullptr;
+  }
+  return &owned->block;
+}
+
+void release_raw(SDBlk *block) {
+  if (block->storage == nullptr || block->blockette_raw != block->storage->raw) {
+    memory_free(block->blockette_raw);
+  }
+  block->blockette_raw = nullptr;
+}
+
+void release_memory(SDBlk *block) {
+  release_raw(block);
+  freearr(block->contents, free_sdblk_entry);
+  if (block->storage != nullptr) memory_free(block->storage->raw);
+  memory_free(block);
+}
+
+void release_chain_list(SDBlk *record) {
+  if (record->storage == nullptr) return;
+  SDBlk *chained = record->storage->chain_first;
+  while (chained != nullptr) {
+    SDBlk *following = chained->storage->chain_following;
+    release_memory(chained);
+    chained = following;
+  }
+}
+
+// A block in a record's chain goes with the record.
+bool is_chained(const SDBlk *block) {
+  return block->storage != nullptr && block->storage->chained;
+}
+
+}  // namespace
+
+SDBlk *block_new() noexcept { return new_block(kContentsBytes); }
+
+long block_size() noexcept { return static_cast<long>(sizeof(SDBlk)); }
+
+bool block_take_raw(SDBlk *block, std::int32_t length) noexcept {
+  SDBlkStorage *storage = block->storage;
+  const std::size_t bytes = static_cast<std::size_t>(length) + 1;
+  if (bytes > storage->raw_capacity) {
+    void *raw = memory_get(bytes);
+    if (raw == nullptr) return false;
+    memory_free(storage->raw);
+    storage->raw = static_cast<char *>(raw);
+    storage->raw_capacity = bytes;
+  }
+  block->blockette_raw = storage->raw;
+  return true;
+}
+
+SDBlk *block_take_chained(SDBlk *record) noexcept {
+  SDBlkStorage *storage = record->storage;
+  SDBlk *chained = storage->chain_spare;
+  if (chained != nullptr) {
+    storage->chain_spare = chained->storage->chain_following;
+    sdblk_clear(chained);
+    return chained;
+  }
+  chained = new_block(kChainedContentsBytes);
+  if (chained == nullptr) return nullptr;
+  chained->storage->chained = true;
+  SDBlk **end = &storage->chain_first;
+  while (*end != nullptr) end = &(*end)->storage->chain_following;
+  *end = chained;
+  return chained;
+}
+
+// The chain of a block that the library made goes back to its list; one that a copy shares stays with
+// its owner; of one that a program made by hand the first block is released.
+void block_drop_chain(SDBlk *block) noexcept {
+  SDBlk *next = block->next;
+  block->next = nullptr;
+  SDBlkStorage *storage = block->storage;
+  if (storage == nullptr) {
+    sdblk_free_single(next);
+    return;
+  }
+  if (storage->chain_first == nullptr && !storage->chained && !storage->shares_chain) {
+    sdblk_free_single(next);
+  }
+  storage->chain_spare = storage->chain_first;
+  storage->shares_chain = false;
+}
+
+void sdblk_clear(SDBlk *block) {
+  if (block == nullptr) return;
+  if (block->next != nullptr) block_drop_chain(block);
+  release_raw(block);
+  block->blkdef = nullptr;
+  block->data_ptr = nullptr;
+  block->data_offset = 0;
+  if (block->contents != nullptr && block->contents->root == block->contents) {
+    arr_clear(block->contents, free_sdblk_entry);
+  } else {
+    freearr(block->contents, free_sdblk_entry);
+    block->contents = newarr();
+  }
+}
+
+void sdblk_free_single(SDBlk *block) {
+  if (block == nullptr || is_chained(block)) return;
+  release_chain_list(block);
+  release_memory(block);
+}
+
+void sdblk_free(void *block) {
+  auto *whole = static_cast<SDBlk *>(block);
+  if (whole == nullptr || is_chained(whole)) return;
+  sdblk_clear(whole);
+  release_chain_list(whole);
+  release_memory(whole);
+}
+
+SDBlk *sdblk_copy(const SDBlk *block) {
+  if (block == nullptr) return nullptr;
+  void *piece = memory_get(sizeof(OwnedBlock));
+  if (piece == nullptr) {
+    elog_log(1, "sdblk_copy: malloc (SDBlk,%ld) error.\n", block_size());
+    return nullptr;
+  }
+  auto *owned = new (piece) OwnedBlock{};
+  SDBlk *copy = &owned->block;
+  *copy = *block;
+  copy->storage = &owned->storage;
+  copy->storage->shares_chain = true;
+  if (block->blockette_raw != nullptr) {
+    const std::int32_t length = block->blockette_length;
+    copy->storage->raw =
+        length < 0 ? nullptr : static_cast<char *>(memory_get(static_cast<std::size_t>(length)));
+    if (copy->storage->raw == nullptr) {
+      elog_log(1, "sdblk_copy: malloc (blockette_raw,%d) error.\n", length);
+      memory_free(owned);
+      return nullptr;
+    }
+    std::memcpy(copy->storage->raw, block->blockette_raw, static_cast<std::size_t>(length));
+    copy->storage->raw_capacity = static_cast<std::size_t>(length);
+    copy->blockette_raw = copy->storage->raw;
+  }
+  if (block->contents == nullptr) return copy;
+  copy->contents = sdblk_copy_entry_arr(block->contents);
+  if (copy->contents == nullptr) {
+    elog_log(0, "sdblk_copy: sdblk_copy_entry_arr(contents) error.\n");
+    memory_free(copy->storage->raw);
+    memory_free(owned);
+    return nullptr;
+  }
+  return copy;
+}

@@ -1,0 +1,39 @@
+// How blocks are made, reused and released: the library's side of SDBlk.
+//
+// A block and its bookkeeping are one allocation.  A record's data blockettes belong to the record's
+// block for good: they stay on its chain list when the block is cleared and are handed out again for
+// the next record, contents and all, so that a steady stream of records allocates nothing.
+#ifndef SEED_BLOCK_H_
+#define SEED_BLOCK_H_
+
+#include <cstddef>
+#include <cstdint>
+
+#include "seed/sdblk.h"
+
+struct SDBlkStorage {
+  char *raw;                 // buffer behind blockette_raw; kept over clears
+  std::size_t raw_capacity;  // its size, bytes
+  SDBlk *chain_first;        // a record's data blockettes, in the order of their making
+  SDBlk *chain_spare;        // the first of them that is not in use
+  SDBlk *chain_following;    // a data blockette: the one made after it
+  bool chained;              // a data blockette: belongs to its record's block
+  bool shares_chain;         // a copy: next belongs to the original
+};
+
+// A new zero-filled block with empty contents, or nullptr.  errno tells why.
+SDBlk *block_new() noexcept;
+
+// Size of a block, for messages.
+long block_size() noexcept;
+
+// A buffer for length raw bytes and a final 0, put into blockette_raw; false when memory runs out.
+[[nodiscard]] bool block_take_raw(SDBlk *block, std::int32_t length) noexcept;
+
+// The next unused data blockette of a record's block, cleared, or nullptr when memory runs out.
+SDBlk *block_take_chained(SDBlk *record) noexcept;
+
+// Takes the chain off a block; what the library made for it is kept for the next record.
+void block_drop_chain(SDBlk *block) noexcept;
+
+#endif  // SEED_BLOCK_H_

@@ -1,0 +1,321 @@
+// Logical records and the blocks in them: sdblk_parseblk.
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <string_view>
+
+#include "seed/block.h"
+#include "seed/scan.h"
+#include "seed/sdblk.h"
+#include "support/line.h"
+
+namespace {
+
+constexpr std::int32_t kHeaderSize = 8;    // sequence number, type letter, continuation flag
+constexpr std::int32_t kPrefixSize = 7;    // blockette type and length
+constexpr std::int32_t kSequenceSize = 6;  // digits of a sequence number
+constexpr std::int32_t kShortestRecord = 64;
+constexpr std::int32_t kLongestRecord = 131072;
+constexpr std::int32_t kDataStep = 64;  // a data record's header is looked for in such steps
+// A mapping's pages this far behind the reading position are given back, in pieces of this size.
+constexpr std::int64_t kKeepBehind = std::int64_t{1} << 20;
+constexpr std::int64_t kGiveBack = std::int64_t{8} << 20;
+
+bool is_data_letter(char letter) {
+  return letter == 'D' || letter == 'R' || letter == 'Q' || letter == 'M';
+}
+
+bool is_control_letter(char letter) {
+  return letter == 'V' || letter == 'A' || letter == 'S' || letter == 'T';
+}
+
+// ---- the reading position ----
+
+// Never behind the end of the image.
+void move_to(SDBlkVol *vol, std::int64_t offset) {
+  vol->offset = std::min(offset, vol->image_size);
+  vol->cursor = vol->image + vol->offset;
+}
+
+void advance(SDBlkVol *vol, std::int32_t bytes) {
+  move_to(vol, vol->offset + bytes);
+  vol->record_pos += bytes;
+}
+
+void skip_record(SDBlkVol *vol) {
+  move_to(vol, vol->record_offset + vol->logical_length);
+  vol->record_pos = 0;
+}
+
+std::int32_t remaining_in_record(const SDBlkVol *vol) {
+  return vol->logical_length - vol->record_pos;
+}
+
+// Keeps a reader of a long volume small.  The pages come back when they are touched.
+void give_back_pages(SDBlkVol *vol) {
+  if (vol->fd < 0 || vol->record_offset - vol->given_back < kKeepBehind + kGiveBack) return;
+  // madvise takes what mmap gave, which was not constant.
+  madvise(const_cast<char *>(vol->image) + vol->given_back, kGiveBack, MADV_DONTNEED);  // NOLINT
+  vol->given_back += kGiveBack;
+}
+
+// ---- record headers ----
+
+// The first six characters of a sequence number in six digits.
+std::array<char, kSequenceSize> sequence_text(std::int32_t sequence) {
+  std::array<char, 24> text;
+  put_digits(text.data(), sequence, kSequenceSize);
+  std::array<char, kSequenceSize> first;
+  std::memcpy(first.data(), text.data(), first.size());
+  return first;
+}
+
+// Whether a header with the expected sequence number stands at the offset, which is in the image.
+bool header_stands_at(const SDBlkVol *vol, std::int64_t offset,
+                      const std::array<char, kSequenceSize> &expected) {
+  const std::int64_t size = vol->image_size - offset;
+  const char *header = vol->image + offset;
+  if (size < kHeaderSize - 1 || std::memcmp(header, expected.data(), expected.size()) != 0) {
+    return false;
+  }
+  const char letter = header[kSequenceSize];
+  if (is_data_letter(letter)) return size >= kHeaderSize && header[kSequenceSize + 1] == ' ';
+  return is_control_letter(letter);
+}
+
+// Finds the length of the current record by looking for the header of the next one: first where the
+// length in force puts it, then at every power of two from 64 to 131072.  A record that would reach
+// the end of the image ends there.
+bool measure_record(SDBlkVol *vol) {
+  const auto expected = sequence_text(vol->logical_sequence + 1);
+  const std::int64_t rest = vol->image_size - vol->record_offset;
+  std::int32_t candidate = vol->logical_length;
+  for (std::int32_t next = kShortestRecord; candidate < rest; next *= 2) {
+    if (header_stands_at(vol, vol->record_offset + candidate, expected)) {
+      vol->logical_length = candidate;
+      return true;
+    }
+    if (next > kLongestRecord) {
+      elog_log(0, "sdblk_parseblk: Cannot find next logical record.\n");
+      return false;
+    }
+    candidate = next;
+  }
+  vol->logical_length = static_cast<std::int32_t>(rest);
+  return true;
+}
+
+bool read_header(SDBlkVol *vol) {
+  vol->record_offset = vol->offset;
+  give_back_pages(vol);
+  const char *header = vol->cursor;
+  if (scan_integer(until_zero({header, kSequenceSize}), nullptr, &vol->logical_sequence) < 0) {
+    elog_log(0,
+             "sdblk_parseblk: scan_int(logical_sequence,'%c%c%c%c%c%c') error at %ld bytes offset\n",
+             header[0], header[1], header[2], header[3], header[4], header[5],
+             static_cast<long>(vol->record_offset));
+    return false;
+  }
+  vol->record_type = header[kSequenceSize];
+  vol->continuation = header[kSequenceSize + 1];
+  advance(vol, kHeaderSize);
+  if (!measure_record(vol)) return false;
+  if (is_data_letter(vol->record_type)) {
+    // A data block starts at its header.
+    move_to(vol, vol->record_offset);
+    vol->record_pos = 0;
+  }
+  return true;
+}
+
+// ---- blocks ----
+
+// The caller's block, emptied, or a new one; with what every block holds filled in.
+SDBlk *start_block(SDBlkVol *vol, SDBlk **blkp, std::int32_t type) {
+  if (*blkp == nullptr) {
+    *blkp = block_new();
+    if (*blkp == nullptr) return nullptr;
+  } else {
+    sdblk_clear(*blkp);
+  }
+  SDBlk *blk = *blkp;
+  blk->block_number = vol->nblocks++;
+  blk->blockette_type = type;
+  blk->file_offset = vol->offset;
+  blk->logical_sequence = vol->logical_sequence;
+  blk->logical_length = vol->logical_length;
+  blk->record_offset = vol->record_offset;
+  blk->record_type = vol->record_type;
+  blk->blockette_length = 0;
+  blk->big_endian = 0;
+  blk->vol = vol;
+  return blk;
+}
+
+// Walks the rest of a data record in steps and stops where its header stands again, as at its start.
+// False at the record's end, which it moves on to.
+bool find_data_block(SDBlkVol *vol) {
+  const char *header = vol->image + vol->record_offset;
+  while (vol->offset < vol->image_size) {
+    if (vol->image_size - vol->offset >= kHeaderSize &&
+        std::memcmp(vol->cursor, header, kHeaderSize) == 0) {
+      return true;
+    }
+    if (remaining_in_record(vol) < kDataStep) {
+      skip_record(vol);
+      return false;
+    }
+    advance(vol, kDataStep);
+  }
+  return false;
+}
+
+int cut_data_block(SDBlkVol *vol, SDBlk **blkp) {
+  SDBlk *blk = start_block(vol, blkp, SDBLK_DATA_RECORD);
+  if (blk == nullptr) {
+    elog_log(1, "sdblk_parseblk: malloc(blockette,%ld) error for BDATA at %c:%6.6d\n", block_size(),
+             vol->record_type, vol->logical_sequence);
+    return -1;
+  }
+  blk->data_ptr = vol->cursor;
+  blk->blkdef = seed_blkdefs_index[SDBLK_DATA_RECORD];
+  if (remaining_in_record(vol) >= kDataStep) {
+    advance(vol, kDataStep);
+  } else {
+    skip_record(vol);
+  }
+  return 0;
+}
+
+bool read_type(const SDBlkVol *vol, std::int32_t *type) {
+  const char *text = vol->cursor;
+  if (scan_integer(until_zero({text, 3}), nullptr, type) >= 0) return true;
+  elog_log(0, "sdblk_parseblk: scan_int(blockette_type,'%c%c%c') error at %c:%6.6d\n", text[0],
+           text[1], text[2], vol->record_type, vol->logical_sequence);
+  return false;
+}
+
+bool read_length(const SDBlkVol *vol, SDBlk *blk) {
+  const char *text = vol->cursor + 3;
+  if (scan_integer(until_zero({text, 4}), nullptr, &blk->blockette_length) >= 0) return true;
+  elog_log(0,
+           "sdblk_parseblk: scan_int(blockette_length,'%c%c%c%c') error for B%4.4d at %c:%6.6d\n",
+           text[0], text[1], text[2], text[3], blk->blockette_type, vol->record_type,
+           vol->logical_sequence);
+  return false;
+}
+
+// Whether the rest of a blockette, with copied bytes read, lies inside the image.
+bool is_complete(const SDBlkVol *vol, const SDBlk *blk, std::int32_t copied) {
+  if (vol->offset + blk->blockette_length - copied <= vol->image_size) return true;
+  elog_log(0, "sdblk_parseblk: Incomplete B%4.4d at %c:%6.6d\n", blk->blockette_type,
+           vol->record_type, vol->logical_sequence);
+  return false;
+}
+
+bool take_raw(const SDBlkVol *vol, SDBlk *blk) {
+  const std::int32_t length = blk->blockette_length;
+  if (length >= 0 && block_take_raw(blk, length)) return true;
+  elog_log(length < 0 ? 0 : 1, "sdblk_parseblk: malloc(seedbuf,%d) error for B%4.4d at %c:%6.6d\n",
+           length, blk->blockette_type, vol->record_type, vol->logical_sequence);
+  return false;
+}
+
+// Reads type and length at the cursor into the caller's block.  0, SDBLK_EOF or -1.
+int start_control_block(SDBlkVol *vol, SDBlk **blkp) {
+  std::int32_t type = 0;
+  if (!read_type(vol, &type)) return -1;
+  SDBlk *blk = start_block(vol, blkp, type);
+  if (blk == nullptr) {
+    elog_log(1, "sdblk_parseblk: malloc(blockette,%ld) error for B%4.4d at %c:%6.6d\n", block_size(),
+             type, vol->record_type, vol->logical_sequence);
+    return -1;
+  }
+  if (!read_length(vol, blk)) return -1;
+  if (!is_complete(vol, blk, 0)) return SDBLK_EOF;
+  if (!take_raw(vol, blk)) return -1;
+  if (type >= 0 && type < SEED_BLKDEFS_INDEX_SIZE) blk->blkdef = seed_blkdefs_index[type];
+  vol->current = blk;
+  return 0;
+}
+
+// The logical record length that a volume identifier blockette states takes effect at once.
+bool adopt_record_length(SDBlkVol *vol, SDBlk *blk) {
+  const std::int32_t type = blk->blockette_type;
+  if (sdblk_unstuff_blk(vol, blk) < 0) {
+    elog_log(0, "sdblk_parseblk: sdblk_unstuff_blk error for B%4.4d at %c:%6.6d\n", type,
+             blk->record_type, blk->logical_sequence);
+    return false;
+  }
+  std::int32_t exponent = 9;
+  if (sdblk_getv(blk->contents, "llenp", &exponent, nullptr) < 0) {
+    elog_log(0, "sdblk_parseblk: sdblk_getv(llenp) error for B%4.4d at %c:%6.6d\n", type,
+             blk->record_type, blk->logical_sequence);
+    return false;
+  }
+  const std::uint32_t length = 1U << (static_cast<std::uint32_t>(exponent) % 32);
+  if (length > INT32_MAX) {
+    elog_log(0,
+             "sdblk_parseblk: logical record length 2^%d is out of range for B%4.4d at %c:%6.6d\n",
+             exponent, type, blk->record_type, blk->logical_sequence);
+    return false;
+  }
+  vol->logical_length = static_cast<std::int32_t>(length);
+  return true;
+}
+
+bool is_volume_identifier(std::int32_t type) { return type == 5 || type == 8 || type == 10; }
+
+// Copies bytes of the blockette from the cursor.
+void copy_raw(SDBlkVol *vol, SDBlk *blk, std::int32_t bytes, std::int32_t *copied) {
+  if (bytes > 0) std::memcpy(blk->blockette_raw + *copied, vol->cursor, static_cast<std::size_t>(bytes));
+  *copied += bytes;
+  advance(vol, bytes);
+}
+
+int finish_control_block(SDBlkVol *vol, SDBlk *blk, std::int32_t *copied) {
+  copy_raw(vol, blk, blk->blockette_length - *copied, copied);
+  blk->blockette_raw[blk->blockette_length] = '\0';
+  if (is_volume_identifier(blk->blockette_type) && !adopt_record_length(vol, blk)) return -1;
+  return blk->blockette_length;
+}
+
+bool only_padding_left(const SDBlkVol *vol) {
+  return remaining_in_record(vol) < 3 || std::memcmp(vol->cursor, "   ", 3) == 0;
+}
+
+}  // namespace
+
+int sdblk_parseblk(SDBlkVol *vol, SDBlk **blkp) {
+  SDBlk *assembling = nullptr;  // a blockette that runs on into the next record
+  std::int32_t copied = 0;
+  while (vol->offset + kHeaderSize <= vol->image_size) {
+    if (vol->record_pos == 0 && !read_header(vol)) return -1;
+    if (vol->offset + kPrefixSize > vol->image_size) return SDBLK_EOF;
+    if (is_data_letter(vol->record_type)) {
+      assembling = nullptr;
+      copied = 0;
+      if (find_data_block(vol)) return cut_data_block(vol, blkp);
+      continue;
+    }
+    if (assembling == nullptr) {
+      if (only_padding_left(vol)) {
+        skip_record(vol);
+        continue;
+      }
+      const int started = start_control_block(vol, blkp);
+      if (started != 0) return started;
+      assembling = *blkp;
+    }
+    if (!is_complete(vol, assembling, copied)) return SDBLK_EOF;
+    const std::int32_t remaining = remaining_in_record(vol);
+    if (assembling->blockette_length - copied <= remaining) {
+      return finish_control_block(vol, assembling, &copied);
+    }
+    copy_raw(vol, assembling, std::max(remaining, 0), &copied);
+    skip_record(vol);
+  }
+  return SDBLK_EOF;
+}
