@@ -1,0 +1,37 @@
+// Decoding of a block, and of control blockettes.
+#include "seed/sdblk.h"
+#include "seed/walk.h"
+#include "support/arr_impl.h"
+
+namespace {
+
+constexpr std::int32_t kPrefixSize = 7;  // blockette type and length in front of the fields
+
+// Decoding again replaces what was decoded; what a program set by hand stays.
+void forget_decoded(SDBlk *block) {
+  if (block->contents->count > 0 && block->contents->root == block->contents &&
+      !block->contents->foreign) {
+    arr_clear(block->contents, free_sdblk_entry);
+  }
+}
+
+}  // namespace
+
+int sdblk_unstuff_blk(SDBlkVol *vol, SDBlk *block) {
+  if (block->blkdef == nullptr || block->blockette_raw == nullptr) return 0;
+  forget_decoded(block);
+  Feed feed = {block->blockette_raw + kPrefixSize, block->blockette_length - kPrefixSize};
+  return walk_fields(&block->contents, &feed, {vol, block->big_endian != 0}, 1,
+                     block->blkdef->nfields, block->blkdef->fields, nullptr);
+}
+
+int sdblk_unstuffblk(SDBlk *block) {
+  const bool is_data = block->blockette_type == SDBLK_DATA_RECORD;
+  const int result =
+      is_data ? sdblk_unstuff_dblk(block->vol, block) : sdblk_unstuff_blk(block->vol, block);
+  if (result >= 0) return 0;
+  elog_log(0, "sdblk_unstuffblk: %s error for B%4.4d at %c:%6.6d\n",
+           is_data ? "sdblk_unstuff_dblk" : "sdblk_unstuff_blk", block->blockette_type,
+           block->record_type, block->logical_sequence);
+  return -1;
+}

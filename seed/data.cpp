@@ -1,0 +1,227 @@
+// Decoding of data records: byte order, fixed section, chain of data blockettes.
+#include <array>
+#include <cstdint>
+
+#include "seed/block.h"
+#include "seed/sdblk.h"
+#include "seed/walk.h"
+#include "support/arr_impl.h"
+#include "support/byteorder.h"
+#include "support/epoch.h"
+
+namespace {
+
+constexpr std::int64_t kHeaderSize = 8;           // sequence number, type letter, blank
+constexpr std::int64_t kBlocketteHeaderSize = 4;  // blockette type and offset of the next one
+constexpr int kLongestChain = 1024;
+constexpr std::int32_t kLastLength = 64;  // stated for a last blockette with no data behind it
+// Offsets of the start time's parts in a data record.
+constexpr std::int64_t kYear = 20;
+constexpr std::int64_t kDay = 22;
+constexpr std::int64_t kTenThousandths = 28;
+constexpr std::int32_t kFirstYear = 1900;
+constexpr std::int32_t kDataOnlyType = 1000;
+// Positions of fields in their definitions, where lookups try first.
+constexpr std::uint32_t kDataOffsetField = 13;
+constexpr std::uint32_t kBlockOffsetField = 14;
+constexpr std::uint32_t kLengthExponentField = 2;
+
+// The bytes of a record: as many as the length in force, none behind the end of the image.
+struct Record {
+  const char *bytes;
+  std::int64_t size;
+};
+
+Record record_of(const SDBlkVol *vol, const SDBlk *blk) {
+  const std::int64_t in_image = vol->image + vol->image_size - blk->data_ptr;
+  return {blk->data_ptr, vol->logical_length < in_image ? vol->logical_length : in_image};
+}
+
+Feed feed_from(const Record &record, std::int64_t offset) {
+  if (offset > record.size) offset = record.size;
+  return {record.bytes + offset, static_cast<std::int32_t>(record.size - offset)};
+}
+
+// ---- byte order ----
+
+// Bytes behind the end of the record count as 0.
+std::int32_t read_both_ways(const Record &record, std::int64_t offset, bool big_endian) {
+  const std::array<char, 2> pair = {offset < record.size ? record.bytes[offset] : '\0',
+                                    offset + 1 < record.size ? record.bytes[offset + 1] : '\0'};
+  return load_u16(pair.data(), big_endian);
+}
+
+enum class Order { big, little, either, neither };
+
+Order plausible_order(const Record &record, std::int64_t offset, std::int32_t least,
+                      std::int32_t most) {
+  const std::int32_t little = read_both_ways(record, offset, false);
+  const std::int32_t big = read_both_ways(record, offset, true);
+  const bool little_fits = little >= least && little <= most;
+  const bool big_fits = big >= least && big <= most;
+  if (little_fits && big_fits) return Order::either;
+  if (little_fits) return Order::little;
+  return big_fits ? Order::big : Order::neither;
+}
+
+// Deduced from the start time: its day, then its year, then its fraction, until one of them makes
+// sense one way only.  Big-endian when nothing decides.
+bool is_big_endian(const Record &record) {
+  Order order = plausible_order(record, kDay, 1, 366);
+  if (order != Order::either) return order != Order::little;
+  const std::int32_t next_year = yearday(std_now()) / 1000 + 1;
+  order = plausible_order(record, kYear, kFirstYear, next_year);
+  if (order != Order::either) return order != Order::little;
+  order = plausible_order(record, kTenThousandths, 0, 9999);
+  if (order != Order::either) return order != Order::little;
+  elog_complain(0,
+                "sdblk_unstuff_dblk: WARNING - Cannot deduce byte order - using BIGENDIAN default.\n");
+  return true;
+}
+
+// ---- chain ----
+
+// The offsets of a record's data blockettes, as far as they have been followed.
+class Chain {
+ public:
+  // Whether a blockette can be read at an offset: it lies in the record, is new, and not too many
+  // stand before it.
+  bool accepts(const Record &record, std::int32_t offset) {
+    if (record.size - offset < kBlocketteHeaderSize || count_ == kLongestChain) return false;
+    if (offset <= highest_ && visited(offset)) return false;
+    if (offset > highest_) highest_ = offset;
+    offsets_[count_++] = offset;
+    return true;
+  }
+
+ private:
+  [[nodiscard]] bool visited(std::int32_t offset) const {
+    for (std::size_t i = 0; i < count_; ++i) {
+      if (offsets_[i] == offset) return true;
+    }
+    return false;
+  }
+
+  std::array<std::int32_t, kLongestChain> offsets_;
+  std::size_t count_ = 0;
+  std::int32_t highest_ = 0;
+};
+
+std::int32_t chained_length(std::int32_t offset, std::int32_t next, std::int64_t data_offset) {
+  if (next != 0) return next - offset;
+  if (data_offset != 0) return static_cast<std::int32_t>(data_offset) - offset;
+  return kLastLength;
+}
+
+// Types outside the index keep the definition of the fixed section.
+const SDBlkDef *chained_definition(std::int32_t type) {
+  return seed_blkdefs_index[type < SEED_BLKDEFS_INDEX_SIZE ? type : SDBLK_DATA_RECORD];
+}
+
+void fill_chained(const SDBlkVol *vol, const SDBlk *record, std::int32_t offset, SDBlk *blk) {
+  blk->logical_sequence = vol->logical_sequence;
+  blk->logical_length = vol->logical_length;
+  blk->record_offset = vol->record_offset;
+  blk->record_type = vol->record_type;
+  blk->block_number = vol->nblocks;
+  blk->file_offset = (vol->cursor - vol->image) + offset;
+  blk->data_ptr = record->data_ptr + offset;
+  blk->big_endian = record->big_endian;
+  blk->vol = record->vol;
+  blk->blkdef = chained_definition(blk->blockette_type);
+}
+
+// A data-only blockette states the record's length.
+bool adopt_length(SDBlk *record, const SDBlk *blk) {
+  std::int32_t exponent = 0;
+  if (!get_integer(blk->contents, kLengthExponentField, "dlenp", &exponent)) {
+    elog_log(0, "sdblk_unstuff_dblk: sdblk_getv (B1000->dlenp) error.\n");
+    return false;
+  }
+  record->blockette_length = static_cast<std::int32_t>(1U << (static_cast<std::uint32_t>(exponent) % 32));
+  return true;
+}
+
+// Decodes the data blockette at an offset of the record behind the chain's tail, which it becomes;
+// gives the offset of the next one.  A negative result is a failure.
+int decode_chained(const WalkContext &context, SDBlk *record, const Record &bytes, SDBlk **tail,
+                   std::int32_t *offset) {
+  const SDBlkVol *vol = context.vol;
+  Feed feed = feed_from(bytes, *offset);
+  const std::int32_t type = load_u16(feed.cursor, context.big_endian);
+  const std::int32_t next = load_u16(feed.cursor + 2, context.big_endian);
+  SDBlk *blk = block_take_chained(record);
+  if (blk == nullptr) {
+    elog_log(1, "sdblk_unstuff_dblk: malloc(blockette,%ld) error for B%4.4d at %c:%6.6d\n",
+             block_size(), type, vol->record_type, vol->logical_sequence);
+    return -1;
+  }
+  (*tail)->next = blk;
+  blk->blockette_type = type;
+  fill_chained(vol, record, *offset, blk);
+  blk->blockette_length = chained_length(*offset, next, record->data_offset);
+  feed.cursor += kBlocketteHeaderSize;
+  feed.remaining -= static_cast<std::int32_t>(kBlocketteHeaderSize);
+  if (blk->blkdef != nullptr) {
+    if (walk_fields(&blk->contents, &feed, context, 1, blk->blkdef->nfields, blk->blkdef->fields,
+                    nullptr) < 0) {
+      return -1;
+    }
+    if (type == kDataOnlyType && !adopt_length(record, blk)) return -1;
+  }
+  *tail = blk;
+  *offset = next;
+  return 0;
+}
+
+int decode_chain(const WalkContext &context, SDBlk *blk, const Record &record, std::int32_t offset) {
+  Chain chain;
+  SDBlk *tail = blk;
+  while (offset >= 1) {
+    if (!chain.accepts(record, offset)) {
+      elog_complain(0,
+                    "sdblk_unstuff_dblk: WARNING - Bad blockette offset %d at %c:%6.6d - rest of the "
+                    "chain ignored.\n",
+                    offset, context.vol->record_type, context.vol->logical_sequence);
+      return 0;
+    }
+    if (decode_chained(context, blk, record, &tail, &offset) < 0) return -1;
+  }
+  return 0;
+}
+
+void forget_decoded(SDBlk *blk) {
+  block_drop_chain(blk);
+  if (!blk->contents->foreign) arr_clear(blk->contents, free_sdblk_entry);
+}
+
+}  // namespace
+
+int sdblk_unstuff_dblk(SDBlkVol *vol, SDBlk *block) {
+  if (block->data_ptr == nullptr) {
+    elog_log(0, "sdblk_unstuff_dblk: B%4.4d at %c:%6.6d is no data record\n", block->blockette_type,
+             block->record_type, block->logical_sequence);
+    return -1;
+  }
+  const Record record = record_of(vol, block);
+  const WalkContext context = {vol, is_big_endian(record)};
+  forget_decoded(block);
+  block->big_endian = context.big_endian ? 1 : 0;
+  Feed feed = feed_from(record, kHeaderSize);
+  if (walk_fields(&block->contents, &feed, context, 1, block->blkdef->nfields, block->blkdef->fields,
+                  nullptr) < 0) {
+    return -1;
+  }
+  std::int32_t offset = 0;
+  if (!get_integer(block->contents, kBlockOffsetField, "blk_offset", &offset)) {
+    elog_log(0, "sdblk_unstuff_dblk: sdblk_getv (FIXED->blk_offset) error.\n");
+    return -1;
+  }
+  std::int32_t data_offset = 0;
+  if (!get_integer(block->contents, kDataOffsetField, "data_offset", &data_offset)) {
+    elog_log(0, "sdblk_unstuff_dblk: sdblk_getv (FIXED->data_offset) error.\n");
+    return -1;
+  }
+  block->data_offset = data_offset;
+  return decode_chain(context, block, record, offset);
+}

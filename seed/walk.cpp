@@ -1,0 +1,432 @@
+#include "seed/walk.h"
+
+#include <array>
+#include <cstring>
+
+#include "seed/conversion.h"
+#include "seed/scan.h"
+#include "support/arr_impl.h"
+#include "support/bounded.h"
+#include "support/byteorder.h"
+#include "support/epoch.h"
+#include "support/line.h"
+
+namespace {
+
+constexpr std::size_t kTextBuffer = 4096;
+constexpr std::size_t kReferenceBuffer = 128;
+constexpr std::size_t kBinaryTimeSize = 10;
+
+// ---- bytes to text ----
+
+// The text of one field, cut as its storage type says, and the bytes behind it left in the feed.
+std::string_view extract(const SDBlkFieldDef &field, Feed *feed) {
+  std::string_view rest(feed->cursor,
+                        feed->remaining > 0 ? static_cast<std::size_t>(feed->remaining) : 0);
+  std::string_view text;
+  std::size_t taken = 0;
+  switch (field.stype) {
+    case 'A':
+    case 'D':
+    case 'F':
+      rest = rest.substr(0, field.width > 0 ? static_cast<std::size_t>(field.width) : 0);
+      taken = rest.size();
+      text = trimmed_field(rest);
+      break;
+    case 'B':
+      text = rest.substr(0, field.width > 0 ? static_cast<std::size_t>(field.width) : 0);
+      taken = text.size();
+      break;
+    case 'V': {
+      const VariableField variable = variable_field(rest);
+      text = variable.value;
+      taken = variable.consumed;
+      break;
+    }
+    default: return {};
+  }
+  require_fit("sdblk_unstuff_sblk", text.size(), kTextBuffer);
+  feed->cursor += taken;
+  feed->remaining -= static_cast<std::int32_t>(taken);
+  return text;
+}
+
+// A binary value whose missing bytes read as zero.
+template <std::size_t Size>
+class Binary {
+ public:
+  explicit Binary(std::string_view text) : bytes_(text.data()) {
+    if (text.size() >= Size) [[likely]] return;
+    if (!text.empty()) std::memcpy(padded_.data(), text.data(), text.size());
+    bytes_ = padded_.data();
+  }
+  [[nodiscard]] const char *at(std::size_t offset) const { return bytes_ + offset; }
+
+ private:
+  std::array<char, Size> padded_ = {};
+  const char *bytes_;
+};
+
+std::int32_t ubyte_at(const char *byte) { return static_cast<unsigned char>(*byte); }
+
+// A SEED binary time: year, day, hour, minute, second, an unused byte, ten-thousandths of a second.
+double binary_time(std::string_view text, bool big_endian) {
+  const Binary<kBinaryTimeSize> time(text);
+  const double seconds = ubyte_at(time.at(6)) + 0.0001 * load_u16(time.at(8), big_endian);
+  return h2e(load_u16(time.at(0), big_endian), load_u16(time.at(2), big_endian),
+             ubyte_at(time.at(4)), ubyte_at(time.at(5)), seconds);
+}
+
+std::int32_t binary_integer(Conversion conversion, std::string_view text, bool big_endian) {
+  const Binary<4> value(text);
+  switch (conversion) {
+    case Conversion::byte: return static_cast<signed char>(*value.at(0));
+    case Conversion::ubyte: return ubyte_at(value.at(0));
+    case Conversion::word: return static_cast<std::int16_t>(load_u16(value.at(0), big_endian));
+    case Conversion::uword: return load_u16(value.at(0), big_endian);
+    default: return static_cast<std::int32_t>(load_u32(value.at(0), big_endian));
+  }
+}
+
+// ---- abbreviations ----
+
+// The dictionary's name of an abbreviation: "uid:3".
+class ReferenceKey {
+ public:
+  ReferenceKey(const char *key, std::int32_t code) {
+    const std::size_t size = std::strlen(key);
+    std::array<char, 16> digits;
+    const char *end = put_integer(digits.data(), code);
+    const auto digits_size = static_cast<std::size_t>(end - digits.data());
+    require_fit("sdblk_unstuff_sblk", size + 1 + digits_size, text_.size());
+    char *out = put_char(put_text(text_.data(), {key, size}), ':');
+    *put_text(out, {digits.data(), digits_size}) = '\0';
+  }
+  [[nodiscard]] const char *text() const { return text_.data(); }
+
+ private:
+  std::array<char, kReferenceBuffer> text_;
+};
+
+SDBlk *referenced_block(const SDBlkVol *vol, const char *abbr_key, std::int32_t code) {
+  return static_cast<SDBlk *>(getarr(vol->abbrs, ReferenceKey(abbr_key, code).text()));
+}
+
+// Keeps a copy of the blockette that is being decoded under the code that it defines.
+int define_abbreviation(SDBlkVol *vol, const char *key) {
+  if (getarr(vol->abbrs, key) != nullptr) {
+    elog_log(0, "sdblk_unstuff_sblk: Abbreviation %s already defined.\n", key);
+    return -1;
+  }
+  SDBlk *copy = sdblk_copy(vol->current);
+  if (copy != nullptr) {
+    copy->next = nullptr;
+    void *nothing = nullptr;
+    if (arr_set(vol->abbrs, key, copy, &nothing)) return 0;
+    sdblk_free(copy);
+  }
+  elog_log(0, "sdblk_unstuff_sblk: sdblk_copy(abbr_ref) error.\n");
+  return -1;
+}
+
+// ---- the walker ----
+
+// Decodes the fields of one repetition after the other.
+class Walker {
+ public:
+  Walker(Feed *feed, const WalkContext &context) : feed_(feed), start_(*feed), context_(context) {}
+
+  int repetition(Arr **array, std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent);
+
+ private:
+  // Decodes one field into an entry.  0 or -1.
+  int decode(const SDBlkFieldDef &field, SDBlkEntry *entry);
+  int decode_text(const SDBlkFieldDef &field, SDBlkEntry *entry);
+  int decode_digits(const SDBlkFieldDef &field, SDBlkEntry *entry);
+  int decode_real(const SDBlkFieldDef &field, SDBlkEntry *entry);
+  int decode_int_array(const SDBlkFieldDef &field, SDBlkEntry *entry);
+  int decode_double_array(const SDBlkFieldDef &field, SDBlkEntry *entry);
+  int decode_string_array(const SDBlkFieldDef &field, SDBlkEntry *entry);
+  int decode_group_array(const SDBlkFieldDef &field, SDBlkEntry *entry);
+  int decode_ref_array(const SDBlkFieldDef &field, SDBlkEntry *entry);
+
+  int scan_digits(std::string_view text, const SDBlkFieldDef &field, std::int32_t *value);
+  void refer(const SDBlkFieldDef &field, SDBlkEntry *entry);
+  bool read_count(const SDBlkFieldDef &field, SDBlkEntry *entry);
+  char *keep_text(std::string_view text);
+  void dump() const { sdblk_printbuf("", start_.cursor, start_.remaining); }
+
+  // A zeroed array of the entry's count, or nullptr with a message that has the member's name.
+  template <typename T>
+  T *take_elements(const SDBlkFieldDef &field, const SDBlkEntry &entry, const char *member);
+
+  Feed *feed_;
+  Feed start_;
+  const WalkContext &context_;
+  Arr *array_ = nullptr;             // the repetition's entries
+  Arena *pool_ = nullptr;            // where they lie
+  const SDBlkEntry *code_ = nullptr;  // the lookup code that the repetition defines
+};
+
+int report_integer(std::string_view text) {
+  elog_log(0, "sdblk_unstuff_sblk: scan_int(%.*s) error.\n", static_cast<int>(text.size()),
+           text.data());
+  return -1;
+}
+
+int report_real(std::string_view text) {
+  elog_log(0, "sdblk_unstuff_sblk: scan_double(%.*s) error.\n", static_cast<int>(text.size()),
+           text.data());
+  return -1;
+}
+
+// The integer of a text field.  Non-digits under the field's picture are fatal.
+int Walker::scan_digits(std::string_view text, const SDBlkFieldDef &field, std::int32_t *value) {
+  const int nondigits = scan_integer(until_zero(text), field.format, value);
+  if (nondigits <= 0) return nondigits;
+  context_.vol->nondigits += nondigits;
+  const SDBlk *current = context_.vol->current;
+  elog_die(0,
+           "SEEDERROR - Non-digit characters in integer field B%4.4d:%s = '%.*s' - program "
+           "exiting.\n",
+           current == nullptr ? 0 : current->blockette_type, field.key, static_cast<int>(text.size()),
+           text.data());
+}
+
+char *Walker::keep_text(std::string_view text) {
+  char *kept = static_cast<char *>(pool_->take(text.size() + 1));
+  if (kept == nullptr) return nullptr;
+  *put_text(kept, text) = '\0';
+  return kept;
+}
+
+void Walker::refer(const SDBlkFieldDef &field, SDBlkEntry *entry) {
+  if (field.abbr_key == nullptr) return;
+  entry->ref = referenced_block(context_.vol, field.abbr_key, entry->value.i);
+}
+
+int Walker::decode_text(const SDBlkFieldDef &field, SDBlkEntry *entry) {
+  std::string_view text = extract(field, feed_);
+  if (field.stype == 'B') text = until_zero(text);
+  entry->value.s = keep_text(text);
+  if (entry->value.s != nullptr) return 0;
+  elog_log(1, "sdblk_unstuff_sblk: malloc(entry=%s,%ld) error.\n", field.key,
+           static_cast<long>(text.size() + 1));
+  return -1;
+}
+
+int Walker::decode_digits(const SDBlkFieldDef &field, SDBlkEntry *entry) {
+  const std::string_view text = extract(field, feed_);
+  if (scan_digits(text, field, &entry->value.i) == 0) return 0;
+  report_integer(text);
+  dump();
+  return -1;
+}
+
+int Walker::decode_real(const SDBlkFieldDef &field, SDBlkEntry *entry) {
+  const std::string_view text = extract(field, feed_);
+  if (scan_real(until_zero(text), &entry->value.d) == 0) return 0;
+  report_real(text);
+  dump();
+  return -1;
+}
+
+bool Walker::read_count(const SDBlkFieldDef &field, SDBlkEntry *entry) {
+  const char *key = field.number_entry == nullptr ? "" : field.number_entry;
+  const auto *count = static_cast<const SDBlkEntry *>(getarr(array_, key));
+  if (count == nullptr) {
+    elog_log(0, "sdblk_unstuff_sblk: Cannot find number_entry, '%s', for entry '%s'.\n", key,
+             field.key);
+    return false;
+  }
+  entry->count = count->value.i;
+  return true;
+}
+
+template <typename T>
+T *Walker::take_elements(const SDBlkFieldDef &field, const SDBlkEntry &entry, const char *member) {
+  T *elements = nullptr;
+  if (entry.count >= 0) elements = pool_->take_array<T>(static_cast<std::size_t>(entry.count));
+  if (elements == nullptr) {
+    elog_log(1, "sdblk_unstuff_sblk: malloc(entry->%s=%s,%ld) error.\n", member, field.key,
+             static_cast<long>(entry.count) * static_cast<long>(sizeof(T)));
+    return nullptr;
+  }
+  if (entry.count > 0) std::memset(elements, 0, static_cast<std::size_t>(entry.count) * sizeof(T));
+  return elements;
+}
+
+int Walker::decode_int_array(const SDBlkFieldDef &field, SDBlkEntry *entry) {
+  if (!read_count(field, entry)) return -1;
+  entry->value.ia = take_elements<std::int32_t>(field, *entry, "ia");
+  if (entry->value.ia == nullptr) return -1;
+  for (std::int32_t i = 0; i < entry->count; ++i) {
+    const std::string_view text = extract(field, feed_);
+    if (scan_digits(text, field, &entry->value.ia[i]) < 0) return report_integer(text);
+  }
+  return 0;
+}
+
+int Walker::decode_double_array(const SDBlkFieldDef &field, SDBlkEntry *entry) {
+  if (!read_count(field, entry)) return -1;
+  entry->value.da = take_elements<double>(field, *entry, "da");
+  if (entry->value.da == nullptr) return -1;
+  for (std::int32_t i = 0; i < entry->count; ++i) {
+    const std::string_view text = extract(field, feed_);
+    if (scan_real(until_zero(text), &entry->value.da[i]) < 0) return report_real(text);
+  }
+  return 0;
+}
+
+int Walker::decode_string_array(const SDBlkFieldDef &field, SDBlkEntry *entry) {
+  if (!read_count(field, entry)) return -1;
+  entry->value.sa = take_elements<char *>(field, *entry, "sa");
+  if (entry->value.sa == nullptr) return -1;
+  for (std::int32_t i = 0; i < entry->count; ++i) {
+    const std::string_view text = until_zero(extract(field, feed_));
+    entry->value.sa[i] = keep_text(text);
+    if (entry->value.sa[i] != nullptr) continue;
+    elog_log(1, "sdblk_unstuff_sblk: malloc(entry->sa=%s,%ld) error.\n", field.key,
+             static_cast<long>(text.size() + 1));
+    return -1;
+  }
+  return 0;
+}
+
+int Walker::decode_ref_array(const SDBlkFieldDef &field, SDBlkEntry *entry) {
+  if (!read_count(field, entry)) return -1;
+  entry->value.ra = take_elements<SDBlkAbbrRef>(field, *entry, "ra");
+  if (entry->value.ra == nullptr) return -1;
+  for (std::int32_t i = 0; i < entry->count; ++i) {
+    SDBlkAbbrRef *reference = &entry->value.ra[i];
+    const std::string_view text = extract(field, feed_);
+    if (scan_integer(until_zero(text), nullptr, &reference->code) < 0) return report_integer(text);
+    if (field.abbr_key == nullptr) continue;
+    reference->blk = referenced_block(context_.vol, field.abbr_key, reference->code);
+  }
+  return 0;
+}
+
+int Walker::decode_group_array(const SDBlkFieldDef &field, SDBlkEntry *entry) {
+  if (!read_count(field, entry)) return -1;
+  entry->value.ea = take_elements<Arr *>(field, *entry, "ea");
+  if (entry->value.ea == nullptr) return -1;
+  return walk_fields(entry->value.ea, feed_, context_, entry->count, field.nsub, field.sub, array_);
+}
+
+int Walker::decode(const SDBlkFieldDef &field, SDBlkEntry *entry) {
+  auto conversion = static_cast<Conversion>(field.conversion);
+  if (conversion == Conversion::undecided) conversion = conversion_of(field.kind, field.format);
+  switch (conversion) {
+    case Conversion::text: return decode_text(field, entry);
+    case Conversion::byte:
+    case Conversion::ubyte:
+    case Conversion::word:
+    case Conversion::uword:
+    case Conversion::integer32:
+      entry->value.i = binary_integer(conversion, extract(field, feed_), context_.big_endian);
+      refer(field, entry);
+      return 0;
+    case Conversion::digits:
+      if (decode_digits(field, entry) < 0) return -1;
+      refer(field, entry);
+      return 0;
+    case Conversion::lookup_code:
+      code_ = entry;
+      return decode_digits(field, entry);
+    case Conversion::real: return decode_real(field, entry);
+    case Conversion::time: entry->value.d = seed_time(until_zero(extract(field, feed_))); return 0;
+    case Conversion::btime:
+      entry->value.d = binary_time(extract(field, feed_), context_.big_endian);
+      return 0;
+    case Conversion::ieee_float:
+      entry->value.d = load_float(Binary<4>(extract(field, feed_)).at(0), context_.big_endian);
+      return 0;
+    case Conversion::int_array: return decode_int_array(field, entry);
+    case Conversion::double_array: return decode_double_array(field, entry);
+    case Conversion::string_array: return decode_string_array(field, entry);
+    case Conversion::group_array: return decode_group_array(field, entry);
+    case Conversion::ref_array: return decode_ref_array(field, entry);
+    case Conversion::undecided:
+    case Conversion::nothing: break;
+  }
+  entry->count = 0;
+  return 0;
+}
+
+int report_entry(const SDBlkFieldDef &field) {
+  elog_log(1, "sdblk_unstuff_sblk: malloc(entry=%s,%ld) error.\n", field.key,
+           static_cast<long>(sizeof(SDBlkEntry)));
+  return -1;
+}
+
+Arr *new_array(Arr *parent, std::int32_t nfields) {
+  const auto capacity = static_cast<std::uint32_t>(nfields);
+  return parent == nullptr ? newarr() : arr_new_nested(parent, capacity);
+}
+
+int Walker::repetition(Arr **array, std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent) {
+  if (nfields < 1) return 0;
+  if (*array == nullptr) *array = new_array(parent, nfields);
+  const auto capacity = static_cast<std::uint32_t>(nfields);
+  if (*array == nullptr || !arr_reserve(*array, capacity)) return report_entry(fields[0]);
+  array_ = *array;
+  pool_ = array_->pool;
+  code_ = nullptr;
+  // The catalogue's keys are unique in their array; others may come twice.
+  const bool append = array_->count == 0 && capacity < kArrIndexFrom &&
+                      fields[0].conversion != static_cast<std::uint8_t>(Conversion::undecided);
+  for (std::int32_t i = 0; i < nfields && feed_->remaining >= 1; ++i) {
+    const SDBlkFieldDef &field = fields[i];
+    auto *entry = pool_->take_array<SDBlkEntry>(1);
+    if (entry == nullptr) return report_entry(field);
+    *entry = {&field, nullptr, 1, {}, 1};
+    if (decode(field, entry) < 0) return -1;
+    if (append) {
+      arr_append_constant(array_, field.key, entry);
+    } else if (!arr_set_constant(array_, field.key, entry)) {
+      return report_entry(field);
+    }
+  }
+  if (code_ == nullptr) return 0;
+  return define_abbreviation(context_.vol, ReferenceKey(code_->def->key, code_->value.i).text());
+}
+
+}  // namespace
+
+int walk_fields(Arr **arrays, Feed *feed, const WalkContext &context, std::int32_t repetitions,
+                std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent) {
+  Walker walker(feed, context);
+  for (std::int32_t i = 0; i < repetitions && feed->remaining >= 1; ++i) {
+    if (walker.repetition(&arrays[i], nfields, fields, parent) < 0) return -1;
+  }
+  return 0;
+}
+
+bool get_integer(const Arr *contents, std::uint32_t position, const char *key, std::int32_t *value) {
+  const auto *entry = static_cast<const SDBlkEntry *>(arr_get_at(contents, position, key));
+  if (entry == nullptr) return sdblk_getv(contents, key, value, nullptr) == 0;
+  *value = entry->value.i;
+  return true;
+}
+
+int sdblk_unstuff_sblk(Arr **arrays, const char **cursor, std::int32_t *remaining,
+                       std::int32_t big_endian, std::int32_t repetitions, SDBlkVol *vol,
+                       std::int32_t nfields, const SDBlkFieldDef *fields) {
+  Feed feed = {*cursor, *remaining};
+  const int result =
+      walk_fields(arrays, &feed, {vol, big_endian != 0}, repetitions, nfields, fields, nullptr);
+  *cursor = feed.cursor;
+  *remaining = feed.remaining;
+  return result;
+}
+
+int sdblk_parse_sentry(const SDBlkFieldDef *field, const char **cursor, std::int32_t *remaining,
+                       char *text) {
+  Feed feed = {*cursor, *remaining};
+  const std::string_view value = extract(*field, &feed);
+  *put_text(text, value) = '\0';
+  *cursor = feed.cursor;
+  *remaining = feed.remaining;
+  return 0;
+}

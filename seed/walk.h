@@ -1,0 +1,31 @@
+// The field walker over bounded bytes, which control blockettes and data records share.
+#ifndef SEED_WALK_H_
+#define SEED_WALK_H_
+
+#include <cstdint>
+#include <string_view>
+
+#include "seed/sdblk.h"
+
+// Bytes that are still to be decoded.
+struct Feed {
+  const char *cursor;
+  std::int32_t remaining;
+};
+
+// Where and how fields are decoded.
+struct WalkContext {
+  SDBlkVol *vol;
+  bool big_endian;
+};
+
+// sdblk_unstuff_sblk; a null element gets an array nested in parent, or one of its own when parent is
+// null.
+int walk_fields(Arr **arrays, Feed *feed, const WalkContext &context, std::int32_t repetitions,
+                std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent);
+
+// Reads an integer field that most likely stands at a position of an entry array.  False, with a
+// message registered, when it is not there.
+bool get_integer(const Arr *contents, std::uint32_t position, const char *key, std::int32_t *value);
+
+#endif  // SEED_WALK_H_
