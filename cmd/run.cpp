@@ -1,0 +1,73 @@
+#include "cmd/run.h"
+
+#include <cstring>
+
+#include "cmd/mapping_guard.h"
+#include "cmd/station_dump.h"
+#include "cmd/tally.h"
+#include "seed/sdblk.h"
+#include "support/output.h"
+
+namespace {
+
+bool is_wanted(const Options &options, const SDBlk &block) {
+  return options.types == nullptr || std::strchr(options.types, block.record_type) != nullptr;
+}
+
+// Decodes a block and prints what the options ask for.
+bool show(const Options &options, SDBlk *block) {
+  if (sdblk_unstuffblk(block) < 0) {
+    elog_complain(0, "sdblk_unstuffblk (%s) error.\n", options.volume);
+    return false;
+  }
+  if (options.station_summary) {
+    station_dump(block, options.verbosity);
+  } else if (options.verbosity > 0) {
+    sdblk_printblk(block, "", options.verbosity - 1);
+  }
+  return true;
+}
+
+// The parser hands out a blockette of length 0 again and again.
+bool stands_still(const SDBlk &block) {
+  return block.blockette_type != SDBLK_DATA_RECORD && block.blockette_length == 0;
+}
+
+void complain_of_reading(const Options &options) {
+  elog_complain(0, "sdblk_parseblk (%s) error.\n", options.volume);
+}
+
+// Reads the volume to its end.  False after a complaint.
+bool read_volume(const Options &options, SDBlkVol *vol, Tally *tally) {
+  SDBlk *block = nullptr;
+  while (true) {
+    const int result = sdblk_parseblk(vol, &block);
+    if (result == SDBLK_EOF) return true;
+    if (result < 0) {
+      complain_of_reading(options);
+      return false;
+    }
+    tally->count(*block);
+    if (is_wanted(options, *block) && !show(options, block)) return false;
+    if (result == 0 && stands_still(*block)) {
+      elog_log(0, "B%4.4d at %c:%6.6d has length 0: cannot read on.\n", block->blockette_type,
+               block->record_type, block->logical_sequence);
+      complain_of_reading(options);
+      return false;
+    }
+  }
+}
+
+}  // namespace
+
+int run(const Options &options) {
+  SDBlkVol *vol = sdblk_new(options.volume, nullptr, 0, options.logical_size);
+  if (vol == nullptr) elog_die(0, "sdblk_parse(%s) error.\n", options.volume);
+  guard_mapping(*vol);
+  Tally tally;
+  const bool complete = read_volume(options, vol, &tally);
+  if (complete) output_print("EOF detected on %s.\n", options.volume);
+  tally.print();
+  // The process ends now, and with it the volume and the block.
+  return complete ? 0 : 1;
+}
