@@ -21,18 +21,6 @@ constexpr std::array<char, 200> make_digit_pairs() {
 }
 constexpr std::array<char, 200> kDigitPairs = make_digit_pairs();
 
-// "00" to "ff".
-constexpr std::array<char, 512> make_hex_pairs() {
-  constexpr std::string_view kDigits = "0123456789abcdef";
-  std::array<char, 512> pairs = {};
-  for (std::size_t i = 0; i < 256; ++i) {
-    pairs[2 * i] = kDigits[i / 16];
-    pairs[2 * i + 1] = kDigits[i % 16];
-  }
-  return pairs;
-}
-constexpr std::array<char, 512> kHexPairs = make_hex_pairs();
-
 constexpr std::array<std::uint64_t, 20> make_powers_of_ten() {
   std::array<std::uint64_t, 20> powers = {};
   std::uint64_t power = 1;
@@ -97,6 +85,19 @@ std::uint64_t scale(Binary binary, std::uint64_t power) {
   return whole + (up ? 1 : 0);
 }
 
+char *put_pair(char *out, std::uint64_t value) {
+  std::memcpy(out, &kDigitPairs[2 * value], 2);
+  return out + 2;
+}
+
+// A number of millionths: the division is by a constant.
+char *put_millionths(char *out, std::uint64_t value) {
+  out = put_char(put_integer(out, static_cast<std::int64_t>(value / 1000000)), '.');
+  const std::uint64_t decimals = value % 1000000;
+  out = put_pair(out, decimals / 10000);
+  return put_pair(put_pair(out, decimals / 100 % 100), decimals % 100);
+}
+
 char *put_any_fixed(char *out, double size, int decimals) {
   constexpr std::size_t kMostBytes = 320;
   return std::to_chars(out, out + kMostBytes, size, std::chars_format::fixed, decimals).ptr;
@@ -104,14 +105,7 @@ char *put_any_fixed(char *out, double size, int decimals) {
 
 }  // namespace
 
-char *put_padded(char *out, std::string_view text, std::size_t width) {
-  out = put_text(out, text);
-  if (text.size() >= width) return out;
-  std::memset(out, ' ', width - text.size());
-  return out + (width - text.size());
-}
-
-char *put_integer(char *out, std::int64_t value) { return put_digits(out, value, 1); }
+char *put_large_integer(char *out, std::int64_t value) { return put_digits(out, value, 1); }
 
 char *put_digits(char *out, std::int64_t value, int digits) {
   const std::uint64_t size = put_sign(&out, value);
@@ -127,20 +121,23 @@ char *put_fixed(char *out, double value, int decimals) {
   // Below 2^43 the scaled value fits 64 bits; a comparison with the value would do as well.
   const Binary binary = take_apart(size);
   if (binary.shift < 10) return put_any_fixed(out, size, decimals);
-  const std::uint64_t scaled = scale(binary, kPowersOfTen[static_cast<std::size_t>(decimals)]);
-  const int needed = count_digits(scaled);
-  char *end = put_last_digits(out, scaled, needed > decimals ? needed : decimals + 1);
-  if (decimals == 0) return end;
-  char *point = end - decimals;
-  std::memmove(point + 1, point, static_cast<std::size_t>(decimals));
-  *point = '.';
-  return end + 1;
+  const std::uint64_t power = kPowersOfTen[static_cast<std::size_t>(decimals)];
+  const std::uint64_t scaled = scale(binary, power);
+  if (decimals == 6) return put_millionths(out, scaled);
+  out = put_integer(out, static_cast<std::int64_t>(scaled / power));
+  if (decimals == 0) return out;
+  return put_last_digits(put_char(out, '.'), scaled % power, decimals);
 }
 
+// Plain arithmetic on bytes, which the compiler turns into vectors.
 char *put_hex(char *out, const char *bytes, std::size_t count) {
+  const auto digit = [](unsigned nibble) {
+    return static_cast<char>(nibble + '0' + (nibble > 9 ? 'a' - '0' - 10 : 0));
+  };
   for (std::size_t i = 0; i < count; ++i) {
-    std::memcpy(out, &kHexPairs[std::size_t{2} * static_cast<unsigned char>(bytes[i])], 2);
-    out += 2;
+    const auto byte = static_cast<unsigned char>(bytes[i]);
+    out[2 * i] = digit(byte >> 4);
+    out[2 * i + 1] = digit(byte & 0xFU);
   }
-  return out;
+  return out + 2 * count;
 }

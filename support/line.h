@@ -9,26 +9,54 @@
 
 #include "support/stream.h"
 
-// Room for a text of at most `bytes` bytes (at most kStreamBytes) in the error log's buffer; what is
-// put there is written as one notification when elog_commit is called with its end.  The text ends in
-// a newline.
+// Room for a text of at most `bytes` bytes (at most kStreamBytes) in the error log's buffer; what
+// is put there is written as one notification when elog_commit is called with its end.  The text
+// ends in a newline.  Nothing else may be logged or printed in between.
 inline char *elog_reserve(std::size_t bytes) { return stream_reserve(log_stream, bytes); }
 inline void elog_commit(char *end) { stream_commit(log_stream, end); }
 
 // Each writes at `out`, returns the end of what it wrote, and says how much room it needs.
 
+// Most texts are short: two copies that overlap beat a call.
 inline char *put_text(char *out, std::string_view text) {
-  if (!text.empty()) std::memcpy(out, text.data(), text.size());
-  return out + text.size();
+  const char *from = text.data();
+  const std::size_t size = text.size();
+  if (size > 16) {
+    std::memcpy(out, from, size);
+  } else if (size >= 8) {
+    std::memcpy(out, from, 8);
+    std::memcpy(out + size - 8, from + size - 8, 8);
+  } else if (size >= 4) {
+    std::memcpy(out, from, 4);
+    std::memcpy(out + size - 4, from + size - 4, 4);
+  } else if (size > 0) {
+    out[0] = from[0];
+    out[size / 2] = from[size / 2];
+    out[size - 1] = from[size - 1];
+  }
+  return out + size;
 }
 inline char *put_char(char *out, char c) {
   *out = c;
   return out + 1;
 }
-// "%-*s": the text and blanks up to width columns.
-char *put_padded(char *out, std::string_view text, std::size_t width);
+// "%-*s": the text and blanks up to width columns; room for 16 bytes at least.
+inline char *put_padded(char *out, std::string_view text, std::size_t width) {
+  if (text.size() >= width) return put_text(out, text);
+  if (width <= 16) {
+    std::memset(out, ' ', 16);
+  } else {
+    std::memset(out + text.size(), ' ', width - text.size());
+  }
+  put_text(out, text);
+  return out + width;
+}
 // "%d" and "%ld": at most 20 bytes.
-char *put_integer(char *out, std::int64_t value);
+char *put_large_integer(char *out, std::int64_t value);
+inline char *put_integer(char *out, std::int64_t value) {
+  if (value >= 0 && value < 10) return put_char(out, static_cast<char>('0' + value));
+  return put_large_integer(out, value);
+}
 // "%*.*ld" with as many digits at least (a minus sign comes on top): at most 20 bytes.
 char *put_digits(char *out, std::int64_t value, int digits);
 // "%.*f" / "%lf", decimals from 0 to 6, of any double: at most 320 bytes.

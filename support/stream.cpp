@@ -53,23 +53,6 @@ void hide_control_bytes(char *bytes, std::size_t size) {
   }
 }
 
-// Empties the buffer and closes the stream.  Bytes that cannot be written are lost.
-void deliver(Stream &stream) {
-  const auto size = static_cast<std::size_t>(stream.free - stream.buffer);
-  stream.free = stream.buffer;
-  stream.limit = stream.buffer;
-  if (size == 0) return;
-  if (stream.sink != nullptr) {
-    stream.sink(stream.sink_context, stream.buffer, size);
-    return;
-  }
-  const int saved_errno = errno;
-  if (stream.terminal) hide_control_bytes(stream.buffer, size);
-  const int error = write_all(stream.descriptor, stream.buffer, size);
-  if (stream.error == 0) stream.error = error;
-  errno = saved_errno;
-}
-
 void flush_at_exit() {
   stream_flush(output_stream);
   stream_flush(log_stream);
@@ -87,6 +70,23 @@ void open_stream(Stream &stream) {
 
 }  // namespace
 
+// Empties the buffer and closes the stream.  Bytes that cannot be written are lost.
+void stream_flush(Stream &stream) {
+  const auto size = static_cast<std::size_t>(stream.free - stream.buffer);
+  stream.free = stream.buffer;
+  stream.limit = stream.buffer;
+  if (size == 0) return;
+  if (stream.sink != nullptr) {
+    stream.sink(stream.sink_context, stream.buffer, size);
+    return;
+  }
+  const int saved_errno = errno;
+  if (stream.terminal) hide_control_bytes(stream.buffer, size);
+  const int error = write_all(stream.descriptor, stream.buffer, size);
+  if (stream.error == 0) stream.error = error;
+  errno = saved_errno;
+}
+
 char *stream_make_room(Stream &stream, std::size_t bytes) {
   if (bytes > kStreamBytes) {
     elog_die(0, "%s: text of %ld bytes does not fit the %ld byte buffer\n", stream.reserve_name,
@@ -96,11 +96,6 @@ char *stream_make_room(Stream &stream, std::size_t bytes) {
   stream_flush(stream);
   open_stream(stream);
   return stream.free;
-}
-
-void stream_commit_closed(Stream &stream) {
-  stream_flush(*stream.other);
-  deliver(stream);
 }
 
 void stream_write(Stream &stream, const char *text, std::size_t size) {
@@ -118,8 +113,6 @@ void stream_write(Stream &stream, const char *text, std::size_t size) {
     size -= piece;
   }
 }
-
-void stream_flush(Stream &stream) { deliver(stream); }
 
 void stream_set_sink(Stream &stream,
                      void (*sink)(void *context, const char *bytes, std::size_t size),

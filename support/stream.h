@@ -32,11 +32,14 @@ struct Stream {
 extern Stream output_stream;
 extern Stream log_stream;
 
-// The slow halves of stream_reserve and stream_commit.
+// Writes what is in the stream's buffer, or hands it to the sink.
+void stream_flush(Stream &stream);
+
+// The slow half of stream_reserve.
 char *stream_make_room(Stream &stream, std::size_t bytes);
-void stream_commit_closed(Stream &stream);
 
 // Room for a text of at most bytes, which the buffer must be able to hold: more ends the program.
+// Nothing else may be written, to either stream, before the text is committed or given up.
 inline char *stream_reserve(Stream &stream, std::size_t bytes) {
   if (bytes <= static_cast<std::size_t>(stream.limit - stream.free)) return stream.free;
   return stream_make_room(stream, bytes);
@@ -47,14 +50,11 @@ inline void stream_commit(Stream &stream, char *end) {
   stream.free = end;
   // A signal handler may write what is committed.
   std::atomic_signal_fence(std::memory_order_release);
-  if (end > stream.limit) stream_commit_closed(stream);
+  if (end > stream.limit) stream_flush(stream);
 }
 
 // A text of any length.
 void stream_write(Stream &stream, const char *text, std::size_t size);
-
-// Writes what is in the stream's buffer, or hands it to the sink.
-void stream_flush(Stream &stream);
 
 // Sends the stream's bytes to sink from now on; nullptr gives the descriptor back.
 void stream_set_sink(Stream &stream,

@@ -98,8 +98,8 @@ double convert_long(std::string_view number, std::string_view digits, std::int64
 
 // A number from its first digits: exact by one operation as long as both operands are.
 bool convert_short(std::string_view digits, std::int64_t exponent, double &value) {
-  constexpr std::size_t kMostCharacters = 20;  // 19 digits, which 64 bits always hold, and a point
-  if (digits.size() > kMostCharacters) return false;
+  constexpr std::size_t kMostDigits = 19;  // 64 bits always hold so many
+  if (digits.size() > kMostDigits) return false;
   std::uint64_t mantissa = 0;
   std::size_t point = digits.size();
   for (std::size_t i = 0; i < digits.size(); ++i) {

@@ -1,0 +1,261 @@
+#include "support/text.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <bit>
+#include <clocale>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+// True when fix_strtod and strtod agree in every bit and in where they stop.
+bool agrees(const std::string &text) {
+  char *expected_end = nullptr;
+  char *end = nullptr;
+  const double expected = std::strtod(text.c_str(), &expected_end);
+  const double value = fix_strtod(text.c_str(), &end);
+  return end == expected_end &&
+         std::bit_cast<std::uint64_t>(value) == std::bit_cast<std::uint64_t>(expected);
+}
+
+void expect_integer(const char *text, std::int64_t value, std::size_t length) {
+  const IntegerPrefix integer = read_integer(text);
+  EXPECT_EQ(integer.value, value) << text;
+  EXPECT_EQ(integer.length, length) << text;
+}
+
+void expect_real(std::string_view text, double value, std::size_t length) {
+  const RealPrefix real = read_real(text);
+  EXPECT_EQ(real.value, value) << text;
+  EXPECT_EQ(real.length, length) << text;
+}
+
+TEST(Blank, WhiteSpaceOnlyIsBlank) {
+  EXPECT_EQ(blank(nullptr), 1);
+  EXPECT_EQ(blank(""), 1);
+  EXPECT_EQ(blank(" \t\n\v\f\r"), 1);
+}
+
+TEST(Blank, AnythingElseIsNot) {
+  EXPECT_EQ(blank("  x "), 0);
+  EXPECT_EQ(blank("\x1f"), 0);
+  EXPECT_EQ(blank("\xa0"), 0);
+}
+
+TEST(Chomp, DropsOneNewlineAtTheEnd) {
+  std::string text = "a\nb\n\n";
+  chomp(text.data());
+  EXPECT_STREQ(text.c_str(), "a\nb\n");
+}
+
+TEST(Chomp, TextWithoutNewlineStays) {
+  std::string text = "ab";
+  chomp(text.data());
+  EXPECT_STREQ(text.c_str(), "ab");
+}
+
+TEST(Chomp, EmptyTextStays) {
+  std::string text;
+  chomp(text.data());
+  EXPECT_STREQ(text.c_str(), "");
+}
+
+TEST(ReadReal, PlainDecimals) {
+  expect_real("1.5", 1.5, 3);
+  expect_real("-12.25abc", -12.25, 6);
+  expect_real(" \t+0.5 ", 0.5, 6);
+  expect_real(".5", 0.5, 2);
+  expect_real("5.", 5.0, 2);
+  expect_real("1.2.3", 1.2, 3);
+}
+
+TEST(ReadReal, Exponents) {
+  expect_real("1.5E+03", 1500.0, 7);
+  expect_real("2e-2x", 0.02, 4);
+  expect_real("1e", 1.0, 1);
+  expect_real("1e+", 1.0, 1);
+  expect_real("1e5.5", 1e5, 3);
+}
+
+TEST(ReadReal, NoNumberTakesNothing) {
+  for (const char *text : {"", " ", "+", "-", ".", "+.", "e5", ".e5", "abc", "- 1", "+-1", "in"}) {
+    expect_real(text, 0.0, 0);
+  }
+}
+
+TEST(ReadReal, TextEndsWithTheView) {
+  expect_real(std::string_view("12345", 2), 12.0, 2);
+  expect_real(std::string_view("1e55", 2), 1.0, 1);
+  expect_real(std::string_view("1.5", 2), 1.0, 2);
+  expect_real(std::string_view("0x1f", 2), 0.0, 1);
+  expect_real(std::string_view("infinity", 5), HUGE_VAL, 3);
+}
+
+TEST(ReadReal, NulByteEndsTheNumber) { expect_real(std::string_view("1\0002", 3), 1.0, 1); }
+
+TEST(ReadReal, BeyondTheRangeIsInfiniteOrZero) {
+  expect_real("1e999", HUGE_VAL, 5);
+  expect_real("-1e99999999999999999999", -HUGE_VAL, 23);
+  expect_real("1e-999", 0.0, 6);
+  expect_real("0e99999999999999999999", 0.0, 22);
+}
+
+TEST(FixStrtod, NullEndIsAllowed) { EXPECT_EQ(fix_strtod("2.5x", nullptr), 2.5); }
+
+TEST(FixStrtod, NothingConvertedStopsAtTheStart) {
+  const char *text = "  x";
+  char *end = nullptr;
+  EXPECT_EQ(fix_strtod(text, &end), 0.0);
+  EXPECT_EQ(end, text);
+}
+
+TEST(FixStrtod, SpecialFormsAreThoseOfStrtod) {
+  for (const char *text : {"-0",
+                           "0x",
+                           "0x.",
+                           "0x.p1",
+                           "0xg",
+                           "0x1.8p3",
+                           "-0X1F",
+                           "0x1p",
+                           "0x1p-",
+                           "0x1p-1074",
+                           "0x1p-1075",
+                           "0x1.8p-1075",
+                           "0x1p1024",
+                           "0x0p99999999999",
+                           "inf",
+                           "-INF",
+                           "infinit",
+                           "InfinityX",
+                           "nan",
+                           "-nan",
+                           "NAN(",
+                           "nan()",
+                           "nan(12)",
+                           "nan(0x7f)",
+                           "nan(a_Z9)x",
+                           "nan(a b)",
+                           "nan(12",
+                           "18446744073709551617",
+                           "18446744073709551616e-5",
+                           "99999999999999999999",
+                           "9007199254740993",
+                           "9007199254740992e22",
+                           "1e22",
+                           "1e23",
+                           "1e-22",
+                           "4.9406564584124654e-324",
+                           "2.4703282292062327e-324",
+                           "2.4703282292062328e-324",
+                           "2.2250738585072011e-308",
+                           "1.7976931348623157e308",
+                           "1.7976931348623159e308",
+                           "00000000000000000000000000001",
+                           "0.00000000000000000000000000001"}) {
+    EXPECT_TRUE(agrees(text)) << text;
+  }
+}
+
+TEST(FixStrtod, LongTextsAreThoseOfStrtod) {
+  for (const std::size_t length : {1U, 10U, 30U, 400U, 900U, 3000U}) {
+    const std::string zeros(length, '0');
+    const std::string number = std::to_string(length);
+    for (const std::string &text :
+         {"0." + zeros + "1e" + number, "1" + zeros + "e-" + number, "0." + zeros + "1",
+          "1" + zeros, "1." + std::string(length, '9'), "0x1" + zeros + "p-" + number,
+          "0x0." + zeros + "1p" + number, "9007199254740992." + zeros + "1",
+          "9007199254740993." + zeros + "1", "nan(" + zeros + "1)"}) {
+      EXPECT_TRUE(agrees(text)) << text;
+    }
+  }
+}
+
+TEST(FixStrtod, TextsFromPiecesAreThoseOfStrtod) {
+  const std::vector<std::string> pieces = {
+      "0",   "1",     "9",  "12",  "000000", "123456789", "9007199254740993",
+      ".",   ".",     "e",  "E",   "-",      "+",         "0x",
+      "0X",  "p",     "F",  "a",   "inf",    "NaN(",      ")",
+      "_z1", " ",     "\t", "308", "-308",   "-324",      "e-",
+      "x",   "-1074", "1e", "22",  "-22",    "1024",      "999999999999999999999"};
+  std::mt19937 random(3);
+  for (int i = 0; i < 100000; ++i) {
+    std::string text;
+    for (std::uint_fast32_t left = random() % 7 + 1; left > 0; --left) {
+      text += pieces[random() % pieces.size()];
+    }
+    ASSERT_TRUE(agrees(text)) << text;
+  }
+}
+
+TEST(FixStrtod, PrintedDoublesAreThoseOfStrtod) {
+  std::mt19937_64 random(4);
+  for (int i = 0; i < 50000; ++i) {
+    std::array<char, 64> text;
+    const auto value = std::bit_cast<double>(random());
+    const int digits = static_cast<int>(random() % 25);
+    std::snprintf(text.data(), text.size(), "%.*e", digits, value);
+    ASSERT_TRUE(agrees(text.data())) << text.data();
+    std::snprintf(text.data(), text.size(), "%.*f", digits % 7, std::fmod(value, 1e9));
+    ASSERT_TRUE(agrees(text.data())) << text.data();
+    std::snprintf(text.data(), text.size(), "%.*a", digits, value);
+    ASSERT_TRUE(agrees(text.data())) << text.data();
+  }
+}
+
+TEST(FixStrtod, LocaleOfTheProgramChangesNothing) {
+  bool found = false;
+  for (const char *name : {"de_DE.UTF-8", "de_DE.utf8", "de_DE", "fr_FR.UTF-8", "fr_FR.utf8"}) {
+    found = found || std::setlocale(LC_ALL, name) != nullptr;
+  }
+  if (!found) GTEST_SKIP() << "no locale with a decimal comma is installed";
+  const double decimal = fix_strtod("1.5", nullptr);
+  const double hexadecimal = fix_strtod("0x1.8", nullptr);
+  const double comma = fix_strtod("1,5", nullptr);
+  std::setlocale(LC_ALL, "C");
+  EXPECT_EQ(decimal, 1.5);
+  EXPECT_EQ(hexadecimal, 1.5);
+  EXPECT_EQ(comma, 1.0);
+}
+
+TEST(ReadInteger, Numbers) {
+  expect_integer("42", 42, 2);
+  expect_integer(" \n-7x", -7, 4);
+  expect_integer("+5", 5, 2);
+  expect_integer("007", 7, 3);
+  expect_integer("1.5", 1, 1);
+}
+
+TEST(ReadInteger, NoNumberTakesNothing) {
+  for (const char *text : {"", "  ", "-", "+", "x1", "- 1", "--1"}) expect_integer(text, 0, 0);
+}
+
+TEST(ReadInteger, SaturatesAt64Bits) {
+  constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max();
+  constexpr std::int64_t kLeast = std::numeric_limits<std::int64_t>::min();
+  expect_integer("9223372036854775807", kMost, 19);
+  expect_integer("9223372036854775808", kMost, 19);
+  expect_integer("-9223372036854775808", kLeast, 20);
+  expect_integer("-9223372036854775809", kLeast, 20);
+  expect_integer("9223372036854775806", kMost - 1, 19);
+  expect_integer("99999999999999999999999", kMost, 23);
+  expect_integer("-99999999999999999999999", kLeast, 24);
+}
+
+TEST(ReadInteger, TextEndsWithTheView) {
+  const IntegerPrefix integer = read_integer(std::string_view("12345", 3));
+  EXPECT_EQ(integer.value, 123);
+  EXPECT_EQ(integer.length, 3U);
+}
+
+}  // namespace
