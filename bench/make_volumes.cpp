@@ -1,0 +1,238 @@
+// Writes the volumes that the benchmarks read, the same bytes each time:
+//
+//   make_volumes records 512 256 FILE    256 MiB of 512-byte data records with blockettes 1000, 1001
+//   make_volumes metadata 64 FILE        64 MiB of station metadata with long responses
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tests/util/volume_writer.h"
+
+namespace {
+
+using volume::ControlBlockette;
+using volume::DataRecord;
+using volume::Time;
+using volume::VolumeWriter;
+
+constexpr std::size_t kMebibyte = std::size_t{1} << 20;
+
+// A file that is written piece by piece: the volumes may be larger than memory.
+class File {
+ public:
+  explicit File(const char *path) : file_(std::fopen(path, "wb")) {
+    if (file_ == nullptr) throw std::runtime_error(std::string("cannot write ") + path);
+  }
+  ~File() { std::fclose(file_); }
+  File(const File &) = delete;
+  File &operator=(const File &) = delete;
+
+  void write(std::string_view bytes) {
+    if (std::fwrite(bytes.data(), 1, bytes.size(), file_) != bytes.size()) {
+      throw std::runtime_error("write error");
+    }
+  }
+
+ private:
+  std::FILE *file_;
+};
+
+std::string noise(std::size_t size) {
+  std::mt19937 random(1);
+  std::string bytes(size, '\0');
+  for (char &byte : bytes) byte = static_cast<char>(random() & 0xff);
+  return bytes;
+}
+
+// Binary logarithm of a record length.
+unsigned exponent_of(std::size_t length) {
+  unsigned exponent = 0;
+  while ((std::size_t{1} << exponent) < length) ++exponent;
+  return exponent;
+}
+
+// One record a minute, from station to station; after 999999 comes 100000.
+void write_records(std::size_t length, std::size_t mebibytes, File *file) {
+  static constexpr std::array<const char *, 3> kChannels = {"BHZ", "BHN", "BHE"};
+  const std::string payload = noise(length - 64);
+  const std::size_t count = mebibytes * kMebibyte / length;
+  long sequence = 1;
+  for (std::size_t i = 0; i < count; ++i) {
+    const auto minute = static_cast<int>(i);
+    DataRecord record{.sta = i / 300 % 2 == 0 ? "DYNGA" : "SKERA",
+                      .loc = i / 3 % 2 == 0 ? "" : "00",
+                      .chan = kChannels[i % kChannels.size()],
+                      .net = "XX",
+                      .time = {2010 + minute / 1440 / 365 % 20, minute / 1440 % 365 + 1,
+                               minute / 60 % 24, minute % 60, minute % 59, minute % 10000},
+                      .samples = 400,
+                      .rate_factor = 20,
+                      .rate_multiplier = 1,
+                      .payload = payload};
+    record.b1000(11, 1, exponent_of(length)).b1001(100, 12, 7);
+    file->write(record.bytes(length, sequence));
+    sequence = sequence == 999999 ? 100000 : sequence + 1;
+  }
+}
+
+ControlBlockette fir(int stage, int coefficients) {
+  ControlBlockette blockette(61);
+  blockette.digits(stage, 2).var("XX_FIR_" + std::to_string(stage)).fixed("A", 1);
+  blockette.digits(3, 3).digits(3, 3).digits(coefficients, 4);
+  for (int i = 0; i < coefficients; ++i) {
+    blockette.real(std::sin(i * 0.37) * std::exp(-i * 0.01), volume::kReal14);
+  }
+  return blockette;
+}
+
+ControlBlockette coefficients(int stage, int count) {
+  ControlBlockette blockette(54);
+  blockette.fixed("D", 1).digits(stage, 2).digits(2, 3).digits(3, 3).digits(count, 4);
+  for (int i = 0; i < count; ++i) blockette.real(std::cos(i * 0.11) / (1 + i)).real(0.0);
+  return blockette.digits(0, 4);
+}
+
+ControlBlockette poles_and_zeros(int stage, int zeros, int poles) {
+  ControlBlockette blockette(53);
+  blockette.fixed("A", 1).digits(stage, 2).digits(1, 3).digits(2, 3).real(5.71508e8).real(1.0);
+  blockette.digits(zeros, 3);
+  for (int i = 0; i < zeros; ++i) blockette.real(0.0).real(0.0).real(0.0).real(0.0);
+  blockette.digits(poles, 3);
+  for (int i = 0; i < poles; ++i) {
+    blockette.real(-0.037 * (i + 1)).real(0.037 * (i + 1)).real(0.0).real(0.0);
+  }
+  return blockette;
+}
+
+void add_dictionaries(VolumeWriter *writer) {
+  static constexpr std::array<const char *, 4> kUnits = {"M/S", "V", "COUNTS", "C"};
+  for (std::size_t i = 0; i < kUnits.size(); ++i) {
+    writer->control('A', ControlBlockette(34).digits(static_cast<long>(i) + 1, 3).var(kUnits[i]).var(
+                             "A unit of measurement"));
+  }
+  for (int i = 1; i <= 200; ++i) {
+    writer->control('A', ControlBlockette(33).digits(i, 3).var("Instrument " + std::to_string(i)));
+  }
+  writer->control('A', ControlBlockette(30).var("Steim-2").digits(1, 4).digits(50, 3).digits(0, 2));
+}
+
+ControlBlockette station(int number) {
+  return ControlBlockette(50)
+      .fixed("S" + std::to_string(1000 + number), 5)
+      .coordinate(-80 + number % 160, volume::kLatitude)
+      .coordinate(-170 + number % 340, volume::kLongitude)
+      .coordinate(number % 3000, volume::kElevation)
+      .digits(6, 4)
+      .digits(0, 3)
+      .var("A site with the number " + std::to_string(number))
+      .digits(1, 3)
+      .digits(3210, 4)
+      .digits(10, 2)
+      .var(Time{2001, 1})
+      .var("")
+      .fixed("N", 1)
+      .fixed("XX", 2);
+}
+
+ControlBlockette channel(int number, int index) {
+  return ControlBlockette(52)
+      .fixed(index < 3 ? "" : "00", 2)
+      .fixed(std::array{"BHZ", "BHN", "BHE"}[static_cast<std::size_t>(index) % 3], 3)
+      .digits(0, 4)
+      .digits(2 + number % 199, 3)
+      .var("")
+      .digits(1, 3)
+      .digits(2, 3)
+      .coordinate(-80 + number % 160, volume::kLatitude)
+      .coordinate(-170 + number % 340, volume::kLongitude)
+      .coordinate(number % 3000, volume::kElevation)
+      .coordinate(2.5, volume::kLocalDepth)
+      .coordinate(90.0 * (index % 3), volume::kAzimuth)
+      .coordinate(index % 3 == 0 ? -90 : 0, volume::kDip)
+      .digits(1, 4)
+      .digits(12, 2)
+      .real(20.0, volume::kReal10)
+      .real(0.0001, volume::kReal10)
+      .digits(0, 4)
+      .var("CG")
+      .var(Time{2001, 1})
+      .var("")
+      .fixed("N", 1);
+}
+
+void add_responses(VolumeWriter *writer) {
+  writer->control('S', poles_and_zeros(1, 12, 24));
+  writer->control('S', ControlBlockette(58).digits(1, 2).real(1500.0).real(1.0).digits(0, 2));
+  for (int stage = 2; stage < 5; ++stage) {
+    writer->control('S', stage % 2 == 0 ? coefficients(stage, 180) : fir(stage, 600));
+    writer->control('S', ControlBlockette(57)
+                             .digits(stage, 2)
+                             .real(80.0, volume::kReal10)
+                             .digits(4, 5)
+                             .digits(0, 5)
+                             .real(1.55, volume::kReal11)
+                             .real(1.55, volume::kReal11));
+    writer->control('S', ControlBlockette(58).digits(stage, 2).real(1.0).real(1.0).digits(0, 2));
+  }
+  writer->control('S', ControlBlockette(58).digits(0, 2).real(6.29e8).real(1.0).digits(0, 2));
+}
+
+void write_metadata(std::size_t mebibytes, File *file) {
+  constexpr std::size_t kLength = 4096;
+  VolumeWriter writer(kLength);
+  writer.control('V', ControlBlockette(10)
+                          .raw("02.412")
+                          .var(Time{2001, 1})
+                          .var(Time{2021, 1})
+                          .var(Time{2021, 2})
+                          .var("XX Data Centre")
+                          .var("Benchmark"));
+  add_dictionaries(&writer);
+  std::string bytes = writer.bytes();
+  std::size_t size = bytes.size();
+  file->write(bytes);
+  for (int number = 0; size < mebibytes * kMebibyte; ++number) {
+    VolumeWriter next(kLength);
+    next.sequence(static_cast<long>(size / kLength) + 1);
+    next.control('S', station(number));
+    for (int index = 0; index < 6; ++index) {
+      next.control('S', channel(number, index));
+      add_responses(&next);
+    }
+    bytes = next.bytes();
+    size += bytes.size();
+    file->write(bytes);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  try {
+    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    if (arguments.size() == 4 && arguments[0] == "records") {
+      File file(argv[4]);
+      write_records(std::stoul(arguments[1]), std::stoul(arguments[2]), &file);
+    } else if (arguments.size() == 3 && arguments[0] == "metadata") {
+      File file(argv[3]);
+      write_metadata(std::stoul(arguments[1]), &file);
+    } else {
+      std::fputs("usage: make_volumes records LENGTH MEBIBYTES FILE\n"
+                 "       make_volumes metadata MEBIBYTES FILE\n",
+                 stderr);
+      return 2;
+    }
+  } catch (const std::exception &error) {
+    std::fprintf(stderr, "make_volumes: %s\n", error.what());
+    return 1;
+  }
+  return 0;
+}
