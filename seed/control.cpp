@@ -9,9 +9,10 @@ constexpr std::int32_t kPrefixSize = 7;  // blockette type and length in front o
 
 // Decoding again replaces what was decoded; what a program set by hand stays.
 void forget_decoded(SDBlk *block) {
-  if (block->contents->count > 0 && block->contents->root == block->contents &&
-      !block->contents->foreign) {
-    arr_clear(block->contents, free_sdblk_entry);
+  Arr *contents = block->contents;
+  if (contents != nullptr && contents->count > 0 && contents->root == contents &&
+      !contents->foreign) {
+    arr_clear(contents, free_sdblk_entry);
   }
 }
 

@@ -192,7 +192,7 @@ int decode_chain(const WalkContext &context, SDBlk *blk, const Record &record, s
 
 void forget_decoded(SDBlk *blk) {
   block_drop_chain(blk);
-  if (!blk->contents->foreign) arr_clear(blk->contents, free_sdblk_entry);
+  if (blk->contents != nullptr && !blk->contents->foreign) arr_clear(blk->contents, free_sdblk_entry);
 }
 
 }  // namespace

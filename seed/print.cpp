@@ -13,42 +13,46 @@
 
 namespace {
 
-constexpr std::size_t kPrefixBuffer = 128;       // prefix of a block's fields
-constexpr std::size_t kRepetitionBuffer = 512;   // prefix of one repetition of a group
-constexpr std::size_t kNameBuffer = 4096;        // name of an array element, prefix of a group
+constexpr std::size_t kPrefixBuffer = 128;      // prefix of a block's fields
+constexpr std::size_t kRepetitionBuffer = 512;  // prefix of one repetition of a group
+constexpr std::size_t kNameBuffer = 4096;       // name of an array element, prefix of a group
 constexpr std::size_t kNameColumns = 10;
-constexpr std::int64_t kTextRow = 64;            // characters
-constexpr std::int64_t kHexRow = 32;             // bytes
+constexpr std::int64_t kTextRow = 64;  // characters
+constexpr std::int64_t kHexRow = 32;   // bytes
 constexpr std::size_t kRowColumns = 64;
-constexpr std::int64_t kFixedSection = 48;       // bytes of a data record's fixed section
-constexpr std::size_t kNumberRoom = 512;         // more than any number and fixed text of a line
-constexpr std::string_view kIndent = "        ";         // of raw bytes and fields
+constexpr std::int64_t kFixedSection = 48;        // bytes of a data record's fixed section
+constexpr std::size_t kNumberRoom = 512;          // more than any number and fixed text of a line
+constexpr std::string_view kIndent = "        ";  // of raw bytes and fields
 constexpr std::string_view kChainIndent = "           ";  // of a data blockette's header
 
-// A text built from parts in a buffer that it must fit.
+// A text of two parts in a buffer that it must fit.
 template <std::size_t Size>
 class Bounded {
  public:
-  explicit Bounded(const char *function) : function_(function) {}
-
-  Bounded &add(std::string_view text) {
-    require_fit(function_, size_ + text.size(), Size);
-    put_text(text_.data() + size_, text);
-    size_ += text.size();
-    return *this;
-  }
-  // "[%4.4ld]"
-  Bounded &add_index(std::int64_t index) {
-    std::array<char, 24> text;
-    char *end = put_char(put_digits(put_char(text.data(), '['), index, 4), ']');
-    return add({text.data(), static_cast<std::size_t>(end - text.data())});
+  Bounded(const char *function, std::string_view first, std::string_view second)
+      : size_(first.size() + second.size()) {
+    require_fit(function, size_, Size);
+    put_text(put_text(text_.data(), first), second);
   }
   [[nodiscard]] std::string_view text() const { return {text_.data(), size_}; }
 
  private:
-  const char *function_;
-  std::size_t size_ = 0;
+  std::size_t size_;
   std::array<char, Size> text_;
+};
+
+// "[%4.4ld]" and what stands behind it, one character at most.
+class IndexText {
+ public:
+  explicit IndexText(std::int64_t index, std::string_view behind = {}) {
+    char *end = put_char(put_digits<4>(put_char(text_.data(), '['), index), ']');
+    size_ = static_cast<std::size_t>(put_text(end, behind) - text_.data());
+  }
+  [[nodiscard]] std::string_view text() const { return {text_.data(), size_}; }
+
+ private:
+  std::size_t size_;
+  std::array<char, 24> text_;
 };
 
 // ---- rows of raw bytes ----
@@ -89,20 +93,20 @@ void print_raw(const SDBlk &block, std::string_view prefix) {
 
 // ---- header lines ----
 
-char *put_type(char *out, std::int32_t type) { return put_digits(put_char(out, 'B'), type, 4); }
+char *put_type(char *out, std::int32_t type) { return put_digits<4>(put_char(out, 'B'), type); }
 
 // "[%6.6d,%9.9ld,%4.4d]: " and the name, to the line's end.
 void finish_header(char *out, const SDBlk &block, std::int64_t file_offset, std::string_view name) {
-  out = put_digits(put_char(out, '['), block.block_number, 6);
-  out = put_digits(put_char(out, ','), file_offset, 9);
-  out = put_digits(put_char(out, ','), block.blockette_length, 4);
+  out = put_digits<6>(put_char(out, '['), block.block_number);
+  out = put_digits<9>(put_char(out, ','), file_offset);
+  out = put_digits<4>(put_char(out, ','), block.blockette_length);
   elog_commit(put_char(put_text(put_text(out, "]: "), name), '\n'));
 }
 
 void print_header(const SDBlk &block, std::string_view prefix) {
   const std::string_view name = block.blkdef == nullptr ? "" : block.blkdef->name;
   char *out = elog_reserve(prefix.size() + name.size() + kNumberRoom);
-  out = put_text(put_digits(put_text(out, prefix), block.logical_sequence, 6), ": ");
+  out = put_text(put_digits<6>(put_text(out, prefix), block.logical_sequence), ": ");
   out = put_text(put_char(out, block.record_type), ": ");
   if (block.blkdef == nullptr) {
     elog_commit(put_text(put_type(out, block.blockette_type), ": UNDEFINED\n"));
@@ -123,121 +127,204 @@ void print_chained_header(const SDBlk &chained, std::string_view prefix, std::in
 
 // ---- fields ----
 
-// Room for a field's line with a value of value_size bytes, and "%s%-10s = " in it.
-char *start_field(std::string_view prefix, std::string_view name, std::size_t value_size = 0) {
-  char *out = elog_reserve(prefix.size() + name.size() + value_size + kNumberRoom);
-  out = put_padded(put_text(out, prefix), name, kNameColumns);
-  return put_text(out, " = ");
-}
-
-void print_text_field(std::string_view prefix, std::string_view name, const char *value) {
-  const std::string_view text = value == nullptr ? std::string_view() : std::string_view(value);
-  char *out = put_text(start_field(prefix, name, text.size()), text);
-  elog_commit(put_char(out, '\n'));
-}
-
-void print_real_field(std::string_view prefix, std::string_view name, double value) {
-  elog_commit(put_char(put_fixed(start_field(prefix, name), value, 6), '\n'));
-}
-
-void print_time_field(std::string_view prefix, std::string_view name, double value) {
-  elog_commit(put_char(put_time_or_null(start_field(prefix, name), value), '\n'));
-}
-
-void print_block(const SDBlk &block, std::string_view prefix, std::int32_t level);
-
-// An integer, and the abbreviation that it refers to.
-void print_integer_field(std::string_view prefix, std::string_view name, std::int32_t value,
-                         const SDBlk *reference) {
-  char *out = put_integer(start_field(prefix, name), value);
-  if (reference == nullptr) {
-    elog_commit(put_char(out, '\n'));
-    return;
+// What stands in front of every field of one repetition.  Nearly all are short: those are copied in
+// one piece of fixed size, and what comes next overwrites the surplus.
+class LinePrefix {
+ public:
+  LinePrefix(std::string_view first, std::string_view second)
+      : size_(first.size() + second.size()) {
+    require_fit("sdblk_print_sblk", size_, kRepetitionBuffer);
+    put_text(put_text(text_.data(), first), second);
   }
-  elog_commit(put_text(out, " ->\n"));
-  print_block(*reference, prefix, 1);
-}
+  char *put(char *out) const {
+    std::memcpy(out, text_.data(), kPiece);
+    if (size_ > kPiece) std::memcpy(out + kPiece, text_.data() + kPiece, size_ - kPiece);
+    return out + size_;
+  }
+  [[nodiscard]] std::string_view text() const { return {text_.data(), size_}; }
+  [[nodiscard]] std::size_t size() const { return size_; }
 
-bool is_time(const SDBlkFieldDef &field) {
-  const std::string_view format = field.format;
-  return format == "TIME" || format == "BTIME";
-}
+ private:
+  static constexpr std::size_t kPiece = 32;
 
-void print_fields(Arr *const *arrays, std::int64_t count, std::string_view prefix,
-                  std::int64_t nfields, const SDBlkFieldDef *fields);
+  std::size_t size_;
+  std::array<char, kRepetitionBuffer> text_;
+};
 
 std::string_view key_of(const SDBlkFieldDef &field) {
   return field.key_length == 0 ? std::string_view(field.key)
                                : std::string_view(field.key, field.key_length);
 }
 
-// Calls print(name, index) for every element of an array, with its name "key[0007]".
-template <typename Print>
-void for_each_element(const SDBlkFieldDef &field, const SDBlkEntry &entry, Print print) {
-  for (std::int32_t i = 0; i < entry.count; ++i) {
-    Bounded<kNameBuffer> name("sdblk_print_sblk");
-    print(name.add(key_of(field)).add_index(i).text(), i);
+// What stands between prefix and value of an array's elements, one after the other: "key[0007] = ".
+class ElementLabel {
+ public:
+  explicit ElementLabel(std::string_view key) : key_size_(key.size()) {
+    require_fit("sdblk_print_sblk", key_size_, kNameBuffer);
+    put_text(text_.data(), key);
   }
+  // For indexes from 0 on, each one more than the one before.
+  std::string_view next(std::int32_t index) {
+    char *place = text_.data() + key_size_;
+    // As long as four digits are enough, only they change.
+    if (index > 0 && index < 10000) {
+      put_digits<4>(place + 1, index);
+    } else {
+      const IndexText text(index);
+      const std::size_t name_size = key_size_ + text.text().size();
+      require_fit("sdblk_print_sblk", name_size, kNameBuffer);
+      const std::size_t columns = name_size < kNameColumns ? kNameColumns - key_size_ : 0;
+      size_ = static_cast<std::size_t>(put_text(put_padded(place, text.text(), columns), " = ") -
+                                       text_.data());
+    }
+    return {text_.data(), size_};
+  }
+
+ private:
+  std::size_t key_size_;
+  std::size_t size_ = 0;
+  std::array<char, kNameBuffer + 32> text_;
+};
+
+// One line of the listing, up to its value: the place of the value.
+class FieldLine {
+ public:
+  // "%s%-10s = " of a field, with room for a value of value_size bytes.
+  FieldLine(const LinePrefix &prefix, const SDBlkFieldDef &field, std::size_t value_size = 0) {
+    if (field.label_length == 0) {
+      start(prefix, key_of(field), value_size);
+      return;
+    }
+    out_ = prefix.put(elog_reserve(prefix.size() + value_size + kNumberRoom));
+    std::memcpy(out_, field.label, sizeof field.label);
+    out_ += field.label_length;
+  }
+  // The same of an element of an array, with the label that it has there.
+  FieldLine(const LinePrefix &prefix, std::string_view label, std::size_t value_size = 0)
+      : out_(prefix.put(elog_reserve(prefix.size() + label.size() + value_size + kNumberRoom))) {
+    out_ = put_text(out_, label);
+  }
+
+  void finish_text(std::string_view value) { elog_commit(put_char(put_text(out_, value), '\n')); }
+  void finish_real(double value) { elog_commit(put_char(put_fixed(out_, value, 6), '\n')); }
+  void finish_time(double value) { elog_commit(put_char(put_time_or_null(out_, value), '\n')); }
+  void finish_integer(std::int32_t value) { elog_commit(put_char(put_integer(out_, value), '\n')); }
+  void finish_reference(std::int32_t value) {
+    elog_commit(put_text(put_integer(out_, value), " ->\n"));
+  }
+
+ private:
+  void start(const LinePrefix &prefix, std::string_view name, std::size_t value_size) {
+    out_ = prefix.put(elog_reserve(prefix.size() + name.size() + value_size + kNumberRoom));
+    out_ = put_text(put_padded(out_, name, kNameColumns), " = ");
+  }
+
+  char *out_;
+};
+
+std::string_view text_of(const char *text) {
+  return text == nullptr ? std::string_view() : std::string_view(text);
 }
 
-void print_group(const SDBlkFieldDef &field, const SDBlkEntry &entry, std::string_view prefix) {
-  Bounded<kNameBuffer> group_prefix("sdblk_print_sblk");
-  group_prefix.add(prefix).add(key_of(field));
+void print_block(const SDBlk &block, std::string_view prefix, std::int32_t level);
+
+// An integer, and the abbreviation that it refers to.
+void print_integer(FieldLine line, const LinePrefix &prefix, std::int32_t value,
+                   const SDBlk *reference) {
+  if (reference == nullptr) {
+    line.finish_integer(value);
+    return;
+  }
+  line.finish_reference(value);
+  print_block(*reference, prefix.text(), 1);
+}
+
+bool is_time(const SDBlkFieldDef &field) {
+  auto conversion = static_cast<Conversion>(field.conversion);
+  if (conversion == Conversion::undecided) conversion = conversion_of_real(field.format);
+  return conversion == Conversion::time || conversion == Conversion::btime;
+}
+
+void print_fields(Arr *const *arrays, std::int64_t count, std::string_view prefix,
+                  std::int64_t nfields, const SDBlkFieldDef *fields);
+
+void print_group(const SDBlkFieldDef &field, const SDBlkEntry &entry, const LinePrefix &prefix) {
+  const Bounded<kNameBuffer> group_prefix("sdblk_print_sblk", prefix.text(), key_of(field));
   print_fields(entry.value.ea, entry.count, group_prefix.text(), field.nsub, field.sub);
 }
 
-void print_array(const SDBlkFieldDef &field, const SDBlkEntry &entry, std::string_view prefix) {
+// Calls print(line, index) for the elements of an array.
+template <typename Print>
+void for_each_element(const SDBlkFieldDef &field, const SDBlkEntry &entry, const LinePrefix &prefix,
+                      Print print) {
+  ElementLabel label(key_of(field));
+  for (std::int32_t i = 0; i < entry.count; ++i) print(FieldLine(prefix, label.next(i)), i);
+}
+
+void print_string_array(const SDBlkFieldDef &field, const SDBlkEntry &entry,
+                        const LinePrefix &prefix) {
+  ElementLabel label(key_of(field));
+  for (std::int32_t i = 0; i < entry.count; ++i) {
+    const std::string_view text = text_of(entry.value.sa[i]);
+    FieldLine(prefix, label.next(i), text.size()).finish_text(text);
+  }
+}
+
+void print_array(const SDBlkFieldDef &field, const SDBlkEntry &entry, const LinePrefix &prefix) {
   switch (entry.def->kind) {
     case SDBLK_INT_ARRAY:
-      for_each_element(field, entry, [&](std::string_view name, std::int32_t i) {
-        print_integer_field(prefix, name, entry.value.ia[i], nullptr);
+      for_each_element(field, entry, prefix, [&](FieldLine line, std::int32_t i) {
+        line.finish_integer(entry.value.ia[i]);
       });
       return;
     case SDBLK_DOUBLE_ARRAY:
-      for_each_element(field, entry, [&](std::string_view name, std::int32_t i) {
-        print_real_field(prefix, name, entry.value.da[i]);
+      for_each_element(field, entry, prefix, [&](FieldLine line, std::int32_t i) {
+        line.finish_real(entry.value.da[i]);
       });
       return;
-    case SDBLK_STRING_ARRAY:
-      for_each_element(field, entry, [&](std::string_view name, std::int32_t i) {
-        print_text_field(prefix, name, entry.value.sa[i]);
-      });
-      return;
+    case SDBLK_STRING_ARRAY: print_string_array(field, entry, prefix); return;
     case SDBLK_REF_ARRAY:
-      for_each_element(field, entry, [&](std::string_view name, std::int32_t i) {
-        print_integer_field(prefix, name, entry.value.ra[i].code, entry.value.ra[i].blk);
+      for_each_element(field, entry, prefix, [&](FieldLine line, std::int32_t i) {
+        print_integer(line, prefix, entry.value.ra[i].code, entry.value.ra[i].blk);
       });
       return;
     default: return;
   }
 }
 
-void print_entry(const SDBlkFieldDef &field, const SDBlkEntry &entry, std::string_view prefix) {
-  const std::string_view name = key_of(field);
-  switch (entry.def->kind) {
-    case SDBLK_INT: print_integer_field(prefix, name, entry.value.i, entry.ref); return;
-    case SDBLK_ABBR_KEY: print_integer_field(prefix, name, entry.value.i, nullptr); return;
+void print_string(const SDBlkFieldDef &field, const SDBlkEntry &entry, const LinePrefix &prefix) {
+  const std::string_view text = text_of(entry.value.s);
+  FieldLine(prefix, field, text.size()).finish_text(text);
+}
+
+void print_entry(const SDBlkFieldDef &field, const SDBlkEntry &entry, const LinePrefix &prefix) {
+  // Most often the definition is at hand already.
+  switch (entry.def == &field ? field.kind : entry.def->kind) {
+    case SDBLK_INT:
+      print_integer(FieldLine(prefix, field), prefix, entry.value.i, entry.ref);
+      return;
+    case SDBLK_ABBR_KEY: FieldLine(prefix, field).finish_integer(entry.value.i); return;
     case SDBLK_DOUBLE:
       if (is_time(field)) {
-        print_time_field(prefix, name, entry.value.d);
+        FieldLine(prefix, field).finish_time(entry.value.d);
       } else {
-        print_real_field(prefix, name, entry.value.d);
+        FieldLine(prefix, field).finish_real(entry.value.d);
       }
       return;
-    case SDBLK_STRING: print_text_field(prefix, name, entry.value.s); return;
+    case SDBLK_STRING: print_string(field, entry, prefix); return;
     case SDBLK_GROUP_ARRAY: print_group(field, entry, prefix); return;
     default: print_array(field, entry, prefix); return;
   }
 }
 
-void print_repetition(const Arr *array, std::string_view prefix, std::int64_t nfields,
+void print_repetition(const Arr *array, const LinePrefix &prefix, std::int64_t nfields,
                       const SDBlkFieldDef *fields) {
   for (std::int64_t i = 0; i < nfields; ++i) {
     const SDBlkFieldDef &field = fields[i];
     const auto *entry = static_cast<const SDBlkEntry *>(
         arr_get_at(array, static_cast<std::uint32_t>(i), field.key));
     if (entry == nullptr) {
-      elog_commit(put_text(start_field(prefix, key_of(field)), "UNDEFINED\n"));
+      FieldLine(prefix, field).finish_text("UNDEFINED");
     } else {
       print_entry(field, *entry, prefix);
     }
@@ -247,10 +334,9 @@ void print_repetition(const Arr *array, std::string_view prefix, std::int64_t nf
 void print_fields(Arr *const *arrays, std::int64_t count, std::string_view prefix,
                   std::int64_t nfields, const SDBlkFieldDef *fields) {
   for (std::int64_t i = 0; i < count; ++i) {
-    Bounded<kRepetitionBuffer> repetition("sdblk_print_sblk");
-    repetition.add(prefix);
-    if (count > 1) repetition.add_index(i).add(".");
-    print_repetition(arrays[i], repetition.text(), nfields, fields);
+    const IndexText index(i, ".");
+    const LinePrefix repetition(prefix, count > 1 ? index.text() : std::string_view());
+    print_repetition(arrays[i], repetition, nfields, fields);
   }
 }
 
@@ -271,9 +357,9 @@ void print_block(const SDBlk &block, std::string_view prefix, std::int32_t level
   if (level == 0) return;
   print_raw(block, prefix);
   if (block.blkdef == nullptr) return;
-  Bounded<kPrefixBuffer> field_prefix("sdblk_printblk");
-  field_prefix.add(prefix).add(kIndent);
-  print_fields(&block.contents, 1, field_prefix.text(), block.blkdef->nfields, block.blkdef->fields);
+  const Bounded<kPrefixBuffer> field_prefix("sdblk_printblk", prefix, kIndent);
+  print_fields(&block.contents, 1, field_prefix.text(), block.blkdef->nfields,
+               block.blkdef->fields);
   for (const SDBlk *chained = block.next; chained != nullptr; chained = chained->next) {
     print_chained(block, *chained, prefix, field_prefix.text());
   }

@@ -66,7 +66,7 @@ void give_back_pages(SDBlkVol *vol) {
 // The first six characters of a sequence number in six digits.
 std::array<char, kSequenceSize> sequence_text(std::int32_t sequence) {
   std::array<char, 24> text;
-  put_digits(text.data(), sequence, kSequenceSize);
+  put_digits<kSequenceSize>(text.data(), sequence);
   std::array<char, kSequenceSize> first;
   std::memcpy(first.data(), text.data(), first.size());
   return first;
@@ -157,18 +157,17 @@ SDBlk *start_block(SDBlkVol *vol, SDBlk **blkp, std::int32_t type) {
 // Walks the rest of a data record in steps and stops where its header stands again, as at its start.
 // False at the record's end, which it moves on to.
 bool find_data_block(SDBlkVol *vol) {
-  const char *header = vol->image + vol->record_offset;
-  while (vol->offset < vol->image_size) {
-    if (vol->image_size - vol->offset >= kHeaderSize &&
-        std::memcmp(vol->cursor, header, kHeaderSize) == 0) {
+  const char *record = vol->image + vol->record_offset;
+  const std::int64_t in_image = vol->image_size - vol->record_offset;
+  for (std::int64_t pos = vol->record_pos;; pos += kDataStep) {
+    if (pos + kHeaderSize <= in_image && std::memcmp(record + pos, record, kHeaderSize) == 0) {
+      move_to(vol, vol->record_offset + pos);
+      vol->record_pos = static_cast<std::int32_t>(pos);
       return true;
     }
-    if (remaining_in_record(vol) < kDataStep) {
-      skip_record(vol);
-      return false;
-    }
-    advance(vol, kDataStep);
+    if (vol->logical_length - pos < kDataStep) break;
   }
+  skip_record(vol);
   return false;
 }
 

@@ -84,16 +84,6 @@ int time_items(std::size_t length) {
 
 }  // namespace
 
-std::string_view trimmed_field(std::string_view field) {
-  std::size_t begin = 0;
-  while (begin < field.size() && is_space(field[begin])) ++begin;
-  std::size_t end = begin;
-  for (std::size_t i = begin; i < field.size() && field[i] != '\0'; ++i) {
-    if (!is_space(field[i])) end = i + 1;
-  }
-  return field.substr(begin, end - begin);
-}
-
 VariableField variable_field(std::string_view text) {
   std::size_t begin = 0;
   while (begin < text.size() && is_space(text[begin])) ++begin;

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "seed/sdblk.h"
+#include "support/text.h"
 
 // The text up to its first 0 byte.
 inline std::string_view until_zero(std::string_view text) {
@@ -14,7 +15,15 @@ inline std::string_view until_zero(std::string_view text) {
 }
 
 // A fixed-width field: up to the first 0 byte, without white space at both ends.
-std::string_view trimmed_field(std::string_view field);
+inline std::string_view trimmed_field(std::string_view field) {
+  std::size_t begin = 0;
+  while (begin < field.size() && is_space(field[begin])) ++begin;
+  std::size_t end = begin;
+  for (std::size_t i = begin; i < field.size() && field[i] != '\0'; ++i) {
+    if (!is_space(field[i])) end = i + 1;
+  }
+  return field.substr(begin, end - begin);
+}
 
 // A variable-length field at the start of text: its value, and the characters it takes with its "~".
 struct VariableField {

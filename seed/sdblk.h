@@ -103,8 +103,10 @@ struct SDBlkFieldDef {
   const char *abbr_key;     /* a lookup code: key of the field that defines such codes; else NULL */
   /* Worked out from the members above when the catalogue is compiled.  Zero in a definition made by
    * hand, where they are worked out at each use. */
-  uint8_t key_length; /* characters in key */
-  uint8_t conversion; /* the decoder's choice for kind and format */
+  uint8_t key_length;   /* characters in key */
+  uint8_t conversion;   /* the decoder's choice for kind and format */
+  uint8_t label_length; /* characters in label */
+  char label[24];       /* "key        = ", as listed; not ended by a 0 */
 };
 
 /* One blockette type. */

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "seed/conversion.h"
+#include "seed/picture.h"
 #include "seed/scan.h"
 #include "support/arr_impl.h"
 #include "support/bounded.h"
@@ -45,47 +46,19 @@ std::string_view extract(const SDBlkFieldDef &field, Feed *feed) {
     }
     default: return {};
   }
-  require_fit("sdblk_unstuff_sblk", text.size(), kTextBuffer);
+  if (text.size() >= kTextBuffer) require_fit("sdblk_unstuff_sblk", text.size(), kTextBuffer);
   feed->cursor += taken;
   feed->remaining -= static_cast<std::int32_t>(taken);
   return text;
 }
 
-// A binary value whose missing bytes read as zero.
-template <std::size_t Size>
-class Binary {
- public:
-  explicit Binary(std::string_view text) : bytes_(text.data()) {
-    if (text.size() >= Size) [[likely]] return;
-    if (!text.empty()) std::memcpy(padded_.data(), text.data(), text.size());
-    bytes_ = padded_.data();
-  }
-  [[nodiscard]] const char *at(std::size_t offset) const { return bytes_ + offset; }
-
- private:
-  std::array<char, Size> padded_ = {};
-  const char *bytes_;
-};
-
 std::int32_t ubyte_at(const char *byte) { return static_cast<unsigned char>(*byte); }
 
 // A SEED binary time: year, day, hour, minute, second, an unused byte, ten-thousandths of a second.
-double binary_time(std::string_view text, bool big_endian) {
-  const Binary<kBinaryTimeSize> time(text);
-  const double seconds = ubyte_at(time.at(6)) + 0.0001 * load_u16(time.at(8), big_endian);
-  return h2e(load_u16(time.at(0), big_endian), load_u16(time.at(2), big_endian),
-             ubyte_at(time.at(4)), ubyte_at(time.at(5)), seconds);
-}
-
-std::int32_t binary_integer(Conversion conversion, std::string_view text, bool big_endian) {
-  const Binary<4> value(text);
-  switch (conversion) {
-    case Conversion::byte: return static_cast<signed char>(*value.at(0));
-    case Conversion::ubyte: return ubyte_at(value.at(0));
-    case Conversion::word: return static_cast<std::int16_t>(load_u16(value.at(0), big_endian));
-    case Conversion::uword: return load_u16(value.at(0), big_endian);
-    default: return static_cast<std::int32_t>(load_u32(value.at(0), big_endian));
-  }
+double binary_time(const char *time, bool big_endian) {
+  const double seconds = ubyte_at(time + 6) + 0.0001 * load_u16(time + 8, big_endian);
+  return h2e(load_u16(time, big_endian), load_u16(time + 2, big_endian), ubyte_at(time + 4),
+             ubyte_at(time + 5), seconds);
 }
 
 // ---- abbreviations ----
@@ -95,7 +68,7 @@ class ReferenceKey {
  public:
   ReferenceKey(const char *key, std::int32_t code) {
     const std::size_t size = std::strlen(key);
-    std::array<char, 16> digits;
+    std::array<char, 24> digits;
     const char *end = put_integer(digits.data(), code);
     const auto digits_size = static_cast<std::size_t>(end - digits.data());
     require_fit("sdblk_unstuff_sblk", size + 1 + digits_size, text_.size());
@@ -134,8 +107,13 @@ int define_abbreviation(SDBlkVol *vol, const char *key) {
 // Decodes the fields of one repetition after the other.
 class Walker {
  public:
-  Walker(Feed *feed, const WalkContext &context) : feed_(feed), start_(*feed), context_(context) {}
+  Walker(const Feed &feed, const WalkContext &context)
+      : feed_(feed), start_(feed), context_(context) {}
 
+  [[nodiscard]] bool has_more() const { return feed_.remaining >= 1; }
+  [[nodiscard]] const Feed &rest() const { return feed_; }
+
+  // 0 or -1.
   int repetition(Arr **array, std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent);
 
  private:
@@ -150,6 +128,11 @@ class Walker {
   int decode_group_array(const SDBlkFieldDef &field, SDBlkEntry *entry);
   int decode_ref_array(const SDBlkFieldDef &field, SDBlkEntry *entry);
 
+  // Size bytes of a binary field, given to load.
+  template <std::size_t Size, typename Load>
+  auto binary(const SDBlkFieldDef &field, Load load);
+
+  int scan_field(const SDBlkFieldDef &field, double *value);
   int scan_digits(std::string_view text, const SDBlkFieldDef &field, std::int32_t *value);
   void refer(const SDBlkFieldDef &field, SDBlkEntry *entry);
   bool read_count(const SDBlkFieldDef &field, SDBlkEntry *entry);
@@ -160,22 +143,16 @@ class Walker {
   template <typename T>
   T *take_elements(const SDBlkFieldDef &field, const SDBlkEntry &entry, const char *member);
 
-  Feed *feed_;
+  Feed feed_;
   Feed start_;
-  const WalkContext &context_;
-  Arr *array_ = nullptr;             // the repetition's entries
-  Arena *pool_ = nullptr;            // where they lie
+  WalkContext context_;
+  Arr *array_ = nullptr;              // the repetition's entries
+  Arena *pool_ = nullptr;             // where they lie
   const SDBlkEntry *code_ = nullptr;  // the lookup code that the repetition defines
 };
 
 int report_integer(std::string_view text) {
   elog_log(0, "sdblk_unstuff_sblk: scan_int(%.*s) error.\n", static_cast<int>(text.size()),
-           text.data());
-  return -1;
-}
-
-int report_real(std::string_view text) {
-  elog_log(0, "sdblk_unstuff_sblk: scan_double(%.*s) error.\n", static_cast<int>(text.size()),
            text.data());
   return -1;
 }
@@ -189,8 +166,8 @@ int Walker::scan_digits(std::string_view text, const SDBlkFieldDef &field, std::
   elog_die(0,
            "SEEDERROR - Non-digit characters in integer field B%4.4d:%s = '%.*s' - program "
            "exiting.\n",
-           current == nullptr ? 0 : current->blockette_type, field.key, static_cast<int>(text.size()),
-           text.data());
+           current == nullptr ? 0 : current->blockette_type, field.key,
+           static_cast<int>(text.size()), text.data());
 }
 
 char *Walker::keep_text(std::string_view text) {
@@ -200,13 +177,29 @@ char *Walker::keep_text(std::string_view text) {
   return kept;
 }
 
+// A whole field is read where it stands; of one that is cut short, the missing bytes are zero.
+template <std::size_t Size, typename Load>
+auto Walker::binary(const SDBlkFieldDef &field, Load load) {
+  if (field.stype == 'B' && field.width == Size &&
+      feed_.remaining >= static_cast<std::int32_t>(Size)) [[likely]] {
+    const char *bytes = feed_.cursor;
+    feed_.cursor += Size;
+    feed_.remaining -= static_cast<std::int32_t>(Size);
+    return load(bytes);
+  }
+  const std::string_view text = extract(field, &feed_).substr(0, Size);
+  std::array<char, Size> padded = {};
+  put_text(padded.data(), text);
+  return load(padded.data());
+}
+
 void Walker::refer(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   if (field.abbr_key == nullptr) return;
   entry->ref = referenced_block(context_.vol, field.abbr_key, entry->value.i);
 }
 
 int Walker::decode_text(const SDBlkFieldDef &field, SDBlkEntry *entry) {
-  std::string_view text = extract(field, feed_);
+  std::string_view text = extract(field, &feed_);
   if (field.stype == 'B') text = until_zero(text);
   entry->value.s = keep_text(text);
   if (entry->value.s != nullptr) return 0;
@@ -216,17 +209,30 @@ int Walker::decode_text(const SDBlkFieldDef &field, SDBlkEntry *entry) {
 }
 
 int Walker::decode_digits(const SDBlkFieldDef &field, SDBlkEntry *entry) {
-  const std::string_view text = extract(field, feed_);
+  const std::string_view text = extract(field, &feed_);
   if (scan_digits(text, field, &entry->value.i) == 0) return 0;
   report_integer(text);
   dump();
   return -1;
 }
 
+// 0, or -1 with messages registered.
+int Walker::scan_field(const SDBlkFieldDef &field, double *value) {
+  if (field.stype == 'F' && feed_.remaining >= field.width &&
+      picture::read_field(feed_.cursor, field.width, value)) [[likely]] {
+    feed_.cursor += field.width;
+    feed_.remaining -= field.width;
+    return 0;
+  }
+  const std::string_view text = extract(field, &feed_);
+  if (scan_real(until_zero(text), value) == 0) return 0;
+  elog_log(0, "sdblk_unstuff_sblk: scan_double(%.*s) error.\n", static_cast<int>(text.size()),
+           text.data());
+  return -1;
+}
+
 int Walker::decode_real(const SDBlkFieldDef &field, SDBlkEntry *entry) {
-  const std::string_view text = extract(field, feed_);
-  if (scan_real(until_zero(text), &entry->value.d) == 0) return 0;
-  report_real(text);
+  if (scan_field(field, &entry->value.d) == 0) return 0;
   dump();
   return -1;
 }
@@ -261,7 +267,7 @@ int Walker::decode_int_array(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   entry->value.ia = take_elements<std::int32_t>(field, *entry, "ia");
   if (entry->value.ia == nullptr) return -1;
   for (std::int32_t i = 0; i < entry->count; ++i) {
-    const std::string_view text = extract(field, feed_);
+    const std::string_view text = extract(field, &feed_);
     if (scan_digits(text, field, &entry->value.ia[i]) < 0) return report_integer(text);
   }
   return 0;
@@ -272,8 +278,7 @@ int Walker::decode_double_array(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   entry->value.da = take_elements<double>(field, *entry, "da");
   if (entry->value.da == nullptr) return -1;
   for (std::int32_t i = 0; i < entry->count; ++i) {
-    const std::string_view text = extract(field, feed_);
-    if (scan_real(until_zero(text), &entry->value.da[i]) < 0) return report_real(text);
+    if (scan_field(field, &entry->value.da[i]) < 0) return -1;
   }
   return 0;
 }
@@ -283,7 +288,7 @@ int Walker::decode_string_array(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   entry->value.sa = take_elements<char *>(field, *entry, "sa");
   if (entry->value.sa == nullptr) return -1;
   for (std::int32_t i = 0; i < entry->count; ++i) {
-    const std::string_view text = until_zero(extract(field, feed_));
+    const std::string_view text = until_zero(extract(field, &feed_));
     entry->value.sa[i] = keep_text(text);
     if (entry->value.sa[i] != nullptr) continue;
     elog_log(1, "sdblk_unstuff_sblk: malloc(entry->sa=%s,%ld) error.\n", field.key,
@@ -299,7 +304,7 @@ int Walker::decode_ref_array(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   if (entry->value.ra == nullptr) return -1;
   for (std::int32_t i = 0; i < entry->count; ++i) {
     SDBlkAbbrRef *reference = &entry->value.ra[i];
-    const std::string_view text = extract(field, feed_);
+    const std::string_view text = extract(field, &feed_);
     if (scan_integer(until_zero(text), nullptr, &reference->code) < 0) return report_integer(text);
     if (field.abbr_key == nullptr) continue;
     reference->blk = referenced_block(context_.vol, field.abbr_key, reference->code);
@@ -311,36 +316,43 @@ int Walker::decode_group_array(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   if (!read_count(field, entry)) return -1;
   entry->value.ea = take_elements<Arr *>(field, *entry, "ea");
   if (entry->value.ea == nullptr) return -1;
-  return walk_fields(entry->value.ea, feed_, context_, entry->count, field.nsub, field.sub, array_);
+  return walk_fields(entry->value.ea, &feed_, context_, entry->count, field.nsub, field.sub,
+                     array_);
 }
 
 int Walker::decode(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   auto conversion = static_cast<Conversion>(field.conversion);
   if (conversion == Conversion::undecided) conversion = conversion_of(field.kind, field.format);
+  const bool big_endian = context_.big_endian;
   switch (conversion) {
     case Conversion::text: return decode_text(field, entry);
     case Conversion::byte:
-    case Conversion::ubyte:
+      entry->value.i = binary<1>(field, [](const char *p) { return static_cast<signed char>(*p); });
+      break;
+    case Conversion::ubyte: entry->value.i = binary<1>(field, ubyte_at); break;
     case Conversion::word:
+      entry->value.i = binary<2>(
+          field, [=](const char *p) { return static_cast<std::int16_t>(load_u16(p, big_endian)); });
+      break;
     case Conversion::uword:
+      entry->value.i = binary<2>(field, [=](const char *p) { return load_u16(p, big_endian); });
+      break;
     case Conversion::integer32:
-      entry->value.i = binary_integer(conversion, extract(field, feed_), context_.big_endian);
-      refer(field, entry);
-      return 0;
+      entry->value.i = binary<4>(
+          field, [=](const char *p) { return static_cast<std::int32_t>(load_u32(p, big_endian)); });
+      break;
     case Conversion::digits:
       if (decode_digits(field, entry) < 0) return -1;
-      refer(field, entry);
-      return 0;
-    case Conversion::lookup_code:
-      code_ = entry;
-      return decode_digits(field, entry);
+      break;
+    case Conversion::lookup_code: code_ = entry; return decode_digits(field, entry);
     case Conversion::real: return decode_real(field, entry);
-    case Conversion::time: entry->value.d = seed_time(until_zero(extract(field, feed_))); return 0;
+    case Conversion::time: entry->value.d = seed_time(until_zero(extract(field, &feed_))); return 0;
     case Conversion::btime:
-      entry->value.d = binary_time(extract(field, feed_), context_.big_endian);
+      entry->value.d =
+          binary<kBinaryTimeSize>(field, [=](const char *p) { return binary_time(p, big_endian); });
       return 0;
     case Conversion::ieee_float:
-      entry->value.d = load_float(Binary<4>(extract(field, feed_)).at(0), context_.big_endian);
+      entry->value.d = binary<4>(field, [=](const char *p) { return load_float(p, big_endian); });
       return 0;
     case Conversion::int_array: return decode_int_array(field, entry);
     case Conversion::double_array: return decode_double_array(field, entry);
@@ -348,9 +360,9 @@ int Walker::decode(const SDBlkFieldDef &field, SDBlkEntry *entry) {
     case Conversion::group_array: return decode_group_array(field, entry);
     case Conversion::ref_array: return decode_ref_array(field, entry);
     case Conversion::undecided:
-    case Conversion::nothing: break;
+    case Conversion::nothing: entry->count = 0; return 0;
   }
-  entry->count = 0;
+  refer(field, entry);
   return 0;
 }
 
@@ -365,7 +377,8 @@ Arr *new_array(Arr *parent, std::int32_t nfields) {
   return parent == nullptr ? newarr() : arr_new_nested(parent, capacity);
 }
 
-int Walker::repetition(Arr **array, std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent) {
+int Walker::repetition(Arr **array, std::int32_t nfields, const SDBlkFieldDef *fields,
+                       Arr *parent) {
   if (nfields < 1) return 0;
   if (*array == nullptr) *array = new_array(parent, nfields);
   const auto capacity = static_cast<std::uint32_t>(nfields);
@@ -376,10 +389,11 @@ int Walker::repetition(Arr **array, std::int32_t nfields, const SDBlkFieldDef *f
   // The catalogue's keys are unique in their array; others may come twice.
   const bool append = array_->count == 0 && capacity < kArrIndexFrom &&
                       fields[0].conversion != static_cast<std::uint8_t>(Conversion::undecided);
-  for (std::int32_t i = 0; i < nfields && feed_->remaining >= 1; ++i) {
+  auto *entries = pool_->take_array<SDBlkEntry>(capacity);
+  if (entries == nullptr) return report_entry(fields[0]);
+  for (std::int32_t i = 0; i < nfields && feed_.remaining >= 1; ++i) {
     const SDBlkFieldDef &field = fields[i];
-    auto *entry = pool_->take_array<SDBlkEntry>(1);
-    if (entry == nullptr) return report_entry(field);
+    SDBlkEntry *entry = &entries[i];
     *entry = {&field, nullptr, 1, {}, 1};
     if (decode(field, entry) < 0) return -1;
     if (append) {
@@ -396,14 +410,17 @@ int Walker::repetition(Arr **array, std::int32_t nfields, const SDBlkFieldDef *f
 
 int walk_fields(Arr **arrays, Feed *feed, const WalkContext &context, std::int32_t repetitions,
                 std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent) {
-  Walker walker(feed, context);
-  for (std::int32_t i = 0; i < repetitions && feed->remaining >= 1; ++i) {
-    if (walker.repetition(&arrays[i], nfields, fields, parent) < 0) return -1;
+  Walker walker(*feed, context);
+  int result = 0;
+  for (std::int32_t i = 0; i < repetitions && result == 0 && walker.has_more(); ++i) {
+    result = walker.repetition(&arrays[i], nfields, fields, parent);
   }
-  return 0;
+  *feed = walker.rest();
+  return result;
 }
 
-bool get_integer(const Arr *contents, std::uint32_t position, const char *key, std::int32_t *value) {
+bool get_integer(const Arr *contents, std::uint32_t position, const char *key,
+                 std::int32_t *value) {
   const auto *entry = static_cast<const SDBlkEntry *>(arr_get_at(contents, position, key));
   if (entry == nullptr) return sdblk_getv(contents, key, value, nullptr) == 0;
   *value = entry->value.i;

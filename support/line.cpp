@@ -10,17 +10,6 @@ namespace {
 
 __extension__ using Wide = unsigned __int128;
 
-// "00" to "99".
-constexpr std::array<char, 200> make_digit_pairs() {
-  std::array<char, 200> pairs = {};
-  for (std::size_t i = 0; i < 100; ++i) {
-    pairs[2 * i] = static_cast<char>('0' + i / 10);
-    pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
-  }
-  return pairs;
-}
-constexpr std::array<char, 200> kDigitPairs = make_digit_pairs();
-
 constexpr std::array<std::uint64_t, 20> make_powers_of_ten() {
   std::array<std::uint64_t, 20> powers = {};
   std::uint64_t power = 1;
@@ -44,7 +33,7 @@ char *put_last_digits(char *out, std::uint64_t value, int digits) {
   char *at = end;
   while (at - out >= 2) {
     at -= 2;
-    std::memcpy(at, &kDigitPairs[2 * (value % 100)], 2);
+    put_pair(at, value % 100);
     value /= 100;
   }
   if (at != out) *out = static_cast<char>('0' + value % 10);
@@ -73,29 +62,29 @@ Binary take_apart(double size) {
   return {fraction | std::uint64_t{1} << kMantissaBits, kBias - exponent};
 }
 
-// mantissa * power / 2^shift, rounded to an integer, to the even one when it lies half way.
+// mantissa * power / 2^shift, rounded to an integer, to the even one when it lies half way.  The
+// shift is 10 at least, and the product has less than 74 bits.
 std::uint64_t scale(Binary binary, std::uint64_t power) {
   const Wide product = Wide{binary.mantissa} * power;
-  // The product has less than 74 bits.
+  const auto low = static_cast<std::uint64_t>(product);
+  const auto high = static_cast<std::uint64_t>(product >> 64);
+  if (binary.shift < 64) [[likely]] {
+    const std::uint64_t whole = high << (64 - binary.shift) | low >> binary.shift;
+    const std::uint64_t half = std::uint64_t{1} << (binary.shift - 1);
+    const std::uint64_t rest = low & (half * 2 - 1);
+    return whole + (rest + (whole & 1) > half ? 1 : 0);
+  }
   if (binary.shift > 80) return 0;
   const auto whole = static_cast<std::uint64_t>(product >> binary.shift);
   const Wide rest = product & ((Wide{1} << binary.shift) - 1);
   const Wide half = Wide{1} << (binary.shift - 1);
-  const bool up = rest > half || (rest == half && whole % 2 == 1);
-  return whole + (up ? 1 : 0);
-}
-
-char *put_pair(char *out, std::uint64_t value) {
-  std::memcpy(out, &kDigitPairs[2 * value], 2);
-  return out + 2;
+  return whole + (rest + (whole & 1) > half ? 1 : 0);
 }
 
 // A number of millionths: the division is by a constant.
 char *put_millionths(char *out, std::uint64_t value) {
   out = put_char(put_integer(out, static_cast<std::int64_t>(value / 1000000)), '.');
-  const std::uint64_t decimals = value % 1000000;
-  out = put_pair(out, decimals / 10000);
-  return put_pair(put_pair(out, decimals / 100 % 100), decimals % 100);
+  return put_digits<6>(out, static_cast<std::int64_t>(value % 1000000));
 }
 
 char *put_any_fixed(char *out, double size, int decimals) {
@@ -105,7 +94,13 @@ char *put_any_fixed(char *out, double size, int decimals) {
 
 }  // namespace
 
-char *put_large_integer(char *out, std::int64_t value) { return put_digits(out, value, 1); }
+char *put_large_integer(char *out, std::int64_t value) {
+  if (value < 0 || value >= 10000) return put_digits(out, value, 1);
+  const auto size = static_cast<std::uint64_t>(value);
+  if (size < 100) return put_pair(out, size);
+  if (size >= 1000) return put_pair(put_pair(out, size / 100), size % 100);
+  return put_pair(put_char(out, static_cast<char>('0' + size / 100)), size % 100);
+}
 
 char *put_digits(char *out, std::int64_t value, int digits) {
   const std::uint64_t size = put_sign(&out, value);

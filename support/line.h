@@ -59,6 +59,44 @@ inline char *put_integer(char *out, std::int64_t value) {
 }
 // "%*.*ld" with as many digits at least (a minus sign comes on top): at most 20 bytes.
 char *put_digits(char *out, std::int64_t value, int digits);
+
+// "00" to "99".
+struct DigitPairs {
+  char text[200];
+};
+constexpr DigitPairs make_digit_pairs() {
+  DigitPairs pairs = {};
+  for (int i = 0; i < 100; ++i) {
+    pairs.text[2 * i] = static_cast<char>('0' + i / 10);
+    pairs.text[2 * i + 1] = static_cast<char>('0' + i % 10);
+  }
+  return pairs;
+}
+inline constexpr DigitPairs kDigitPairs = make_digit_pairs();
+
+// Two digits of a number below 100.
+inline char *put_pair(char *out, std::uint64_t value) {
+  std::memcpy(out, &kDigitPairs.text[2 * value], 2);
+  return out + 2;
+}
+
+// put_digits with a number of digits that is known beforehand.
+template <int kDigits>
+char *put_digits(char *out, std::int64_t value) {
+  constexpr std::uint64_t kLimit = [] {
+    std::uint64_t limit = 1;
+    for (int i = 0; i < kDigits; ++i) limit *= 10;
+    return limit;
+  }();
+  auto rest = static_cast<std::uint64_t>(value);
+  if (rest >= kLimit) return put_digits(out, value, kDigits);
+  for (int at = kDigits - 2; at >= 0; at -= 2) {
+    put_pair(out + at, rest % 100);
+    rest /= 100;
+  }
+  if (kDigits % 2 == 1) *out = static_cast<char>('0' + rest);
+  return out + kDigits;
+}
 // "%.*f" / "%lf", decimals from 0 to 6, of any double: at most 320 bytes.
 char *put_fixed(char *out, double value, int decimals);
 // Two lower-case hexadecimal digits a byte.

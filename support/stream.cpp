@@ -27,6 +27,13 @@ constinit Stream log_stream{log_buffer,    log_buffer, log_buffer, &output_strea
 
 namespace {
 
+void (*before_terminal)(void *context) = nullptr;
+void *before_terminal_context = nullptr;
+
+void clear_terminal() {
+  if (before_terminal != nullptr) before_terminal(before_terminal_context);
+}
+
 // Writes everything and returns 0, or the errno of the failure.
 int write_all(int descriptor, const char *bytes, std::size_t size) {
   while (size > 0) {
@@ -81,7 +88,10 @@ void stream_flush(Stream &stream) {
     return;
   }
   const int saved_errno = errno;
-  if (stream.terminal) hide_control_bytes(stream.buffer, size);
+  if (stream.terminal) {
+    clear_terminal();
+    hide_control_bytes(stream.buffer, size);
+  }
   const int error = write_all(stream.descriptor, stream.buffer, size);
   if (stream.error == 0) stream.error = error;
   errno = saved_errno;
@@ -122,7 +132,13 @@ void stream_set_sink(Stream &stream,
   stream.sink_context = context;
 }
 
+void stream_before_terminal(void (*call)(void *context), void *context) {
+  before_terminal = call;
+  before_terminal_context = context;
+}
+
 void streams_emergency_write(const char *text, std::size_t size) {
+  clear_terminal();
   for (const Stream *stream : {&output_stream, &log_stream}) {
     write_all(stream->descriptor, stream->buffer,
               static_cast<std::size_t>(stream->free - stream->buffer));

@@ -61,6 +61,10 @@ void stream_set_sink(Stream &stream,
                      void (*sink)(void *context, const char *bytes, std::size_t size),
                      void *context);
 
+// Calls call(context) each time before a stream writes to a terminal, for whoever shows something
+// there that must go first; nullptr calls nothing.  It may be called by a signal handler.
+void stream_before_terminal(void (*call)(void *context), void *context);
+
 // For a signal handler: writes what both streams have committed, then text to standard error, with
 // nothing but calls that are allowed there.  The streams are left as they are.
 void streams_emergency_write(const char *text, std::size_t size);

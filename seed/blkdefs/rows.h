@@ -29,6 +29,18 @@
 
 namespace blkdefs {
 
+// Columns that a key takes in the listing.
+inline constexpr std::size_t kKeyColumns = 10;
+
+// The key as the listing shows it, padded, with the sign behind it.
+constexpr void set_label(SDBlkFieldDef *def, std::string_view key) {
+  std::size_t size = 0;
+  for (const char c : key) def->label[size++] = c;
+  while (size < kKeyColumns) def->label[size++] = ' ';
+  for (const char c : std::string_view(" = ")) def->label[size++] = c;
+  def->label_length = static_cast<std::uint8_t>(size);
+}
+
 // A field that stands once.
 constexpr SDBlkFieldDef field(const char *key, char type, std::int32_t width, const char *format,
                               std::int32_t kind, const char *title, const char *description) {
@@ -42,6 +54,7 @@ constexpr SDBlkFieldDef field(const char *key, char type, std::int32_t width, co
   def.kind = kind;
   def.key_length = static_cast<std::uint8_t>(std::string_view(key).size());
   def.conversion = static_cast<std::uint8_t>(conversion_of(kind, format));
+  set_label(&def, key);
   return def;
 }
 
