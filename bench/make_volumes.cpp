@@ -1,7 +1,7 @@
 // Writes the volumes that the benchmarks read, the same bytes each time:
 //
-//   make_volumes records 512 256 FILE    256 MiB of 512-byte data records with blockettes 1000, 1001
-//   make_volumes metadata 64 FILE        64 MiB of station metadata with long responses
+//   make_volumes records 512 256 FILE    256 MiB of 512-byte data records with blockettes 1000,
+//   1001 make_volumes metadata 64 FILE        64 MiB of station metadata with long responses
 #include <array>
 #include <cmath>
 #include <cstdint>
@@ -115,8 +115,10 @@ ControlBlockette poles_and_zeros(int stage, int zeros, int poles) {
 void add_dictionaries(VolumeWriter *writer) {
   static constexpr std::array<const char *, 4> kUnits = {"M/S", "V", "COUNTS", "C"};
   for (std::size_t i = 0; i < kUnits.size(); ++i) {
-    writer->control('A', ControlBlockette(34).digits(static_cast<long>(i) + 1, 3).var(kUnits[i]).var(
-                             "A unit of measurement"));
+    writer->control('A', ControlBlockette(34)
+                             .digits(static_cast<long>(i) + 1, 3)
+                             .var(kUnits[i])
+                             .var("A unit of measurement"));
   }
   for (int i = 1; i <= 200; ++i) {
     writer->control('A', ControlBlockette(33).digits(i, 3).var("Instrument " + std::to_string(i)));
@@ -225,9 +227,10 @@ int main(int argc, char **argv) {
       File file(argv[3]);
       write_metadata(std::stoul(arguments[1]), &file);
     } else {
-      std::fputs("usage: make_volumes records LENGTH MEBIBYTES FILE\n"
-                 "       make_volumes metadata MEBIBYTES FILE\n",
-                 stderr);
+      std::fputs(
+          "usage: make_volumes records LENGTH MEBIBYTES FILE\n"
+          "       make_volumes metadata MEBIBYTES FILE\n",
+          stderr);
       return 2;
     }
   } catch (const std::exception &error) {

@@ -5,6 +5,7 @@
 #
 #   setup.sh --build   what building the command takes
 #   setup.sh           that, and what its tests take
+#   setup.sh --bench   that, and what the benchmarks take
 #   setup.sh --ci      all that .ci/run takes
 set -eu
 
@@ -35,12 +36,14 @@ need_build() {
 need_tests() {
   need libgtest-dev found /usr/include/gtest/gtest.h /usr/local/include/gtest/gtest.h
 }
+need_bench() {
+  need libbenchmark-dev installed libbenchmark-dev
+}
 need_ci() {
   need clang has clang++
   need clang-format has clang-format
   need clang-tidy has clang-tidy
   need cppcheck has cppcheck
-  need libbenchmark-dev installed libbenchmark-dev
   need libclang-rt-14-dev installed libclang-rt-14-dev
   need llvm has llvm-cov
   need mandoc has mandoc
@@ -58,8 +61,9 @@ install_missing() {
 case ${1-} in
   --build) need_build ;;
   '') need_build; need_tests ;;
-  --ci) need_build; need_tests; need_ci ;;
-  *) echo "usage: setup.sh [--build | --ci]" >&2; exit 2 ;;
+  --bench) need_build; need_tests; need_bench ;;
+  --ci) need_build; need_tests; need_bench; need_ci ;;
+  *) echo "usage: setup.sh [--build | --bench | --ci]" >&2; exit 2 ;;
 esac
 [ -n "$missing" ] || exit 0
 

@@ -1,0 +1,267 @@
+// Times the command beside its yardsticks and prints one table:
+//
+//   compare TARVIK YARDSTICK MSEED_HEADERS FOLDER [ROUNDS]
+//
+// FOLDER holds the volumes that scripts/bench.sh makes; MSEED_HEADERS may be "-".  Commands take
+// turns, round by round, so that whatever else the machine does falls on all of them; times are
+// medians.
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+extern char **environ;
+
+namespace {
+
+struct Measurement {
+  double seconds = 0;
+  long peak_kib = 0;            // resident
+  long peak_anonymous_kib = 0;  // of it not a file's pages; 0 unless asked for
+};
+
+// One command line with where its output goes.
+struct Command {
+  std::vector<std::string> arguments;
+  std::string output = "/dev/null";
+};
+
+pid_t start(const Command &command) {
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, command.output.c_str(),
+                                   O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
+  std::vector<char *> argv;
+  std::vector<std::string> arguments = command.arguments;
+  for (std::string &argument : arguments) argv.push_back(argument.data());
+  argv.push_back(nullptr);
+  pid_t child = 0;
+  const int error = posix_spawn(&child, argv[0], &actions, nullptr, argv.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  if (error != 0) throw std::runtime_error("cannot run " + command.arguments[0]);
+  return child;
+}
+
+Measurement run(const Command &command) {
+  const auto begin = std::chrono::steady_clock::now();
+  const pid_t child = start(command);
+  int status = 0;
+  rusage usage = {};
+  wait4(child, &status, 0, &usage);
+  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
+  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+    throw std::runtime_error(command.arguments[0] + " failed");
+  }
+  return {elapsed.count(), usage.ru_maxrss, 0};
+}
+
+long anonymous_kib(pid_t child) {
+  std::ifstream status("/proc/" + std::to_string(child) + "/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.rfind("RssAnon:", 0) == 0) return std::strtol(line.c_str() + 8, nullptr, 10);
+  }
+  return 0;
+}
+
+// A run that is looked at every millisecond.
+Measurement watch(const Command &command) {
+  Measurement measurement;
+  const pid_t child = start(command);
+  int status = 0;
+  rusage usage = {};
+  while (wait4(child, &status, WNOHANG, &usage) == 0) {
+    measurement.peak_anonymous_kib = std::max(measurement.peak_anonymous_kib, anonymous_kib(child));
+    usleep(1000);
+  }
+  measurement.peak_kib = usage.ru_maxrss;
+  return measurement;
+}
+
+double median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  return values[values.size() / 2];
+}
+
+struct Row {
+  std::string name;
+  Command command;
+  std::string yardstick;  // name of another row, or empty
+  double target;          // the most that the ratio to it may be; 0 without one
+  double items;           // records or blockettes, for the rate; 0 without one
+};
+
+class Table {
+ public:
+  explicit Table(std::vector<Row> rows) : rows_(std::move(rows)), seconds_(rows_.size()) {}
+
+  void measure(int rounds) {
+    for (int round = 0; round < rounds; ++round) {
+      for (std::size_t i = 0; i < rows_.size(); ++i) {
+        const Measurement measurement = run(rows_[i].command);
+        seconds_[i].push_back(measurement.seconds);
+        peak_kib_[rows_[i].name] = measurement.peak_kib;
+      }
+    }
+  }
+
+  void print() {
+    std::puts("| run | seconds | of | ratio | target | per second | resident | anonymous |");
+    std::puts("|---|---:|---|---:|---:|---:|---:|---:|");
+    for (std::size_t i = 0; i < rows_.size(); ++i) print_row(rows_[i], median(seconds_[i]));
+  }
+
+  double seconds_of(const std::string &name) const {
+    for (std::size_t i = 0; i < rows_.size(); ++i) {
+      if (rows_[i].name == name) return median(seconds_[i]);
+    }
+    throw std::runtime_error("no row " + name);
+  }
+
+ private:
+  void print_row(const Row &row, double seconds) {
+    std::printf("| %s | %.4f | %s |", row.name.c_str(), seconds, row.yardstick.c_str());
+    if (row.yardstick.empty()) {
+      std::printf(" | |");
+    } else {
+      std::printf(" %.2f |", seconds / seconds_of(row.yardstick));
+      row.target > 0 ? std::printf(" %.2f |", row.target) : std::printf(" |");
+    }
+    row.items > 0 ? std::printf(" %.2f M |", row.items / seconds / 1e6) : std::printf(" |");
+    std::printf(" %.1f MiB | %.1f MiB |\n", static_cast<double>(peak_kib_[row.name]) / 1024.0,
+                static_cast<double>(watch(row.command).peak_anonymous_kib) / 1024.0);
+    std::fflush(stdout);
+  }
+
+  std::vector<Row> rows_;
+  std::vector<std::vector<double>> seconds_;
+  std::map<std::string, long> peak_kib_;
+};
+
+constexpr double kRecordsA = 256.0 * 1024 * 1024 / 512;
+constexpr double kRecordsB = 256.0 * 1024 * 1024 / 4096;
+
+struct Tools {
+  std::string tarvik;
+  std::string yardstick;
+  std::string mseed_headers;
+  std::string folder;
+};
+
+std::vector<Row> main_rows(const Tools &tools) {
+  const std::string a = tools.folder + "/A.seed";
+  const std::string b = tools.folder + "/B.seed";
+  const std::string c = tools.folder + "/C.seed";
+  const std::string listing_a = tools.folder + "/A.listing";
+  const std::string listing_c = tools.folder + "/C.listing";
+  const std::string file = tools.folder + "/output";
+  const auto tarvik = [&](std::vector<std::string> options, const std::string &volume) {
+    std::vector<std::string> arguments = {tools.tarvik};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    arguments.push_back(volume);
+    return Command{arguments};
+  };
+  const auto into_file = [&](Command command) {
+    command.output = file;
+    return command;
+  };
+  run(into_file({tarvik({"-vv"}, a).arguments}));
+  std::rename(file.c_str(), listing_a.c_str());
+  run(into_file({tarvik({"-vv"}, c).arguments}));
+  std::rename(file.c_str(), listing_c.c_str());
+  std::vector<Row> rows = {
+      {"framing limit, A", {{tools.yardstick, "frame", "512", a}}, "", 0, kRecordsA},
+      {"framing limit, B", {{tools.yardstick, "frame", "4096", b}}, "", 0, kRecordsB},
+      {"byte sum, A", {{tools.yardstick, "sum", a}}, "", 0, 0},
+      {"byte sum, C", {{tools.yardstick, "sum", c}}, "", 0, 0},
+      {"cat of the listing, A", {{"/bin/cat", listing_a}}, "", 0, 0},
+      {"cat of the listing, C", {{"/bin/cat", listing_c}}, "", 0, 0},
+      {"tarvik A", tarvik({}, a), "framing limit, A", 8, kRecordsA},
+      {"tarvik B", tarvik({}, b), "framing limit, B", 0, kRecordsB},
+      {"tarvik C", tarvik({}, c), "byte sum, C", 0, 0},
+      {"tarvik -v A", tarvik({"-v"}, a), "tarvik A", 3, kRecordsA},
+      {"tarvik -vv A", tarvik({"-vv"}, a), "cat of the listing, A", 4, kRecordsA},
+      {"tarvik -vv B", tarvik({"-vv"}, b), "", 0, kRecordsB},
+      {"tarvik -vv C", tarvik({"-vv"}, c), "cat of the listing, C", 4, 0},
+      {"tarvik -sta C", tarvik({"-sta"}, c), "byte sum, C", 8, 0},
+      {"tarvik -vv A, to a file", into_file(tarvik({"-vv"}, a)), "cat of the listing, A", 0,
+       kRecordsA},
+      {"tarvik -vv C, to a file", into_file(tarvik({"-vv"}, c)), "cat of the listing, C", 0, 0},
+      {"tarvik -sta C, to a file", into_file(tarvik({"-sta"}, c)), "byte sum, C", 0, 0},
+  };
+  if (tools.mseed_headers != "-") {
+    rows.push_back(
+        {"libmseed headers, A", {{tools.mseed_headers, "512", a}}, "tarvik A", 0, kRecordsA});
+  }
+  return rows;
+}
+
+// Start to exit: many short runs.
+void compare_start(const Tools &tools) {
+  const Command nothing{{"/bin/true"}};
+  const Command small{{tools.tarvik, tools.folder + "/small.seed"}};
+  std::vector<double> nothing_seconds;
+  std::vector<double> small_seconds;
+  for (int i = 0; i < 201; ++i) {
+    nothing_seconds.push_back(run(nothing).seconds);
+    small_seconds.push_back(run(small).seconds);
+  }
+  std::printf(
+      "\nStart to exit: /bin/true %.3f ms, tarvik on 4 KiB %.3f ms, ratio %.2f (target 2)\n",
+      median(nothing_seconds) * 1e3, median(small_seconds) * 1e3,
+      median(small_seconds) / median(nothing_seconds));
+}
+
+// The same cost a record whatever the volume's length.
+void compare_lengths(const Tools &tools, int rounds) {
+  constexpr std::array<int, 3> kFactors = {1, 4, 16};
+  std::array<std::vector<double>, kFactors.size()> seconds;
+  std::array<long, kFactors.size()> peak_kib = {};
+  for (int round = 0; round < rounds; ++round) {
+    for (std::size_t i = 0; i < kFactors.size(); ++i) {
+      const std::string volume = tools.folder + "/A" + std::to_string(kFactors[i]) + ".seed";
+      const Measurement measurement = run({{tools.tarvik, volume}});
+      seconds[i].push_back(measurement.seconds / (kRecordsA * kFactors[i]));
+      peak_kib[i] = measurement.peak_kib;
+    }
+  }
+  std::puts("\n| length | ns a record | of 1 x A | resident |\n|---|---:|---:|---:|");
+  for (std::size_t i = 0; i < kFactors.size(); ++i) {
+    std::printf("| %d x A | %.1f | %.2f | %.1f MiB |\n", kFactors[i], median(seconds[i]) * 1e9,
+                median(seconds[i]) / median(seconds[0]), static_cast<double>(peak_kib[i]) / 1024.0);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  if (argc < 5) {
+    std::fputs("usage: compare TARVIK YARDSTICK MSEED_HEADERS FOLDER [ROUNDS]\n", stderr);
+    return 2;
+  }
+  try {
+    const Tools tools = {argv[1], argv[2], argv[3], argv[4]};
+    const int rounds = argc > 5 ? std::atoi(argv[5]) : 9;
+    Table table(main_rows(tools));
+    table.measure(rounds);
+    table.print();
+    compare_start(tools);
+    compare_lengths(tools, std::max(3, rounds / 2));
+  } catch (const std::exception &error) {
+    std::fprintf(stderr, "compare: %s\n", error.what());
+    return 1;
+  }
+  return 0;
+}

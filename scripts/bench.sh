@@ -1,0 +1,38 @@
+#!/bin/sh
+# Times tarvik beside its yardsticks: bench.sh [rounds]
+#
+# The volumes (5.5 GiB with the long ones) are made in build/bench/volumes and kept for the next run.
+set -eu
+top=$(cd "$(dirname "$0")/.." && pwd)
+rounds=${1:-9}
+build=$top/build/bench
+volumes=$build/volumes
+
+sh "$top/scripts/setup.sh" --bench >&2
+cd "$top"
+cmake --preset bench >&2
+cmake --build --preset bench --target tarvik benchmarks >&2
+mkdir -p "$volumes"
+
+# make NAME ARGUMENTS...: one volume, unless it is there already.
+make() {
+  name=$volumes/$1.seed
+  shift
+  [ -s "$name" ] && return
+  "$build/bench/make_volumes" "$@" "$name.part"
+  mv "$name.part" "$name"
+}
+make A records 512 256
+make B records 4096 256
+make C metadata 64
+make A4 records 512 1024
+make A16 records 512 4096
+ln -sf A.seed "$volumes/A1.seed"
+head -c 4096 "$volumes/A.seed" >"$volumes/small.seed"
+
+peer=-
+[ -x "$build/bench/mseed_headers" ] && peer=$build/bench/mseed_headers
+# Into the page cache before the first run.
+cat "$volumes"/*.seed >/dev/null
+"$build/bench/compare" "$build/cmd/tarvik" "$build/bench/yardstick" "$peer" "$volumes" "$rounds"
+rm -f "$volumes/output" "$volumes/A.listing" "$volumes/C.listing"
