@@ -27,7 +27,8 @@ void finish_streams() {
 }  // namespace
 
 int main(int argc, char **argv) {
-  // A reader that goes away ends the program quietly, also where it was started with the signal off.
+  // A reader that goes away ends the program quietly, also where it was started with the signal
+  // off.
   std::signal(SIGPIPE, SIG_DFL);
   std::atexit(finish_streams);
   elog_init(argc, argv);

@@ -4,8 +4,8 @@
 
 #include "seed/sdblk.h"
 
-// From now on, touching a page of the volume that its file no longer has ends the program with status
-// 1 and a message on standard error, after what is in the output buffers.
+// From now on, touching a page of the volume that its file no longer has ends the program with
+// status 1 and a message on standard error, after what is in the output buffers.
 void guard_mapping(const SDBlkVol &vol);
 
 #endif  // CMD_MAPPING_GUARD_H_

@@ -77,9 +77,11 @@ void dump_channel_details(const SDBlk &block) {
   sdblk::get(block.contents, "lat", &lat, "lon", &lon, "elev", &elev, "depth", &depth, "azimuth",
              &azimuth, "dip", &dip, "samprate", &samprate, "*inst_gid", &instrument, "*sunits",
              &units);
+  const char *units_name = "";
+  const char *units_descr = "";  // read in its place, not shown
+  if (units != nullptr) sdblk::get(units->contents, "name", &units_name, "descr", &units_descr);
   output_print("                %s : %s\n                %.4f %.4f %.3f %.3f %.3f %.3f\n",
-               text_of(instrument, "descr"), text_of(units, "name"), lat, lon, depth, azimuth, dip,
-               samprate);
+               text_of(instrument, "descr"), units_name, lat, lon, depth, azimuth, dip, samprate);
 }
 
 void dump_channel(const SDBlk &block, int verbosity) {
@@ -154,7 +156,9 @@ void dump_response(const SDBlk &block) {
   if (block.blockette_type == 60) dump_references(block);
 }
 
-bool is_response(std::int32_t type) { return (type >= 53 && type <= 58) || (type >= 60 && type <= 62); }
+bool is_response(std::int32_t type) {
+  return (type >= 53 && type <= 58) || (type >= 60 && type <= 62);
+}
 
 }  // namespace
 

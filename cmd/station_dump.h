@@ -8,7 +8,8 @@
 // responses; others add nothing.  A verbosity above 0 adds names and coordinates.  Returns 0.
 int station_dump(const SDBlk *block, int verbosity);
 
-// Writes a time as "%Y:%j:%T", or "NULL" for SDBLK_NO_TIME, to text (at least 32 bytes).  Returns 0.
+// Writes a time as "%Y:%j:%T", or "NULL" for SDBLK_NO_TIME, to text (at least 32 bytes).  Returns
+// 0.
 int mystrtime(char *text, double epoch);
 
 #endif  // CMD_STATION_DUMP_H_

@@ -94,17 +94,18 @@ const char *announce_str(const char *name, const char *extra) {
   const bool timed = found_time(name, &time);
   memory_free(command_line);
   command_line = elog_commandline_str();
-  const int size = std::snprintf(
-      announcement, sizeof announcement, "\n%s %s   %s  <#>\n   %s  <#>\n%s%s%s%s",
-                or_empty(name), or_empty(extra), kRelease, kBuildId, timed ? "   " : "", time.data(),
-                timed ? " <#>\n" : "", or_empty(command_line));
+  const int size =
+      std::snprintf(announcement, sizeof announcement, "\n%s %s   %s  <#>\n   %s  <#>\n%s%s%s%s",
+                    or_empty(name), or_empty(extra), kRelease, kBuildId, timed ? "   " : "",
+                    time.data(), timed ? " <#>\n" : "", or_empty(command_line));
   require_fit("announce_str", static_cast<std::size_t>(size), sizeof announcement);
   return announcement;
 }
 
 void banner(const char *name, const char *extra) {
   if (name == nullptr || name[0] == '\0') name = default_name();
-  print_error("\n%s %.*s <#>\n", or_empty(name), static_cast<int>(kExtraBuffer - 1), or_empty(extra));
+  print_error("\n%s %.*s <#>\n", or_empty(name), static_cast<int>(kExtraBuffer - 1),
+              or_empty(extra));
   log_modification_time(name);
   print_error("    %s ", kRelease);
   const int patches = patch_count();
