@@ -10,6 +10,6 @@ void Tally::count(const SDBlk &block) {
 
 void Tally::print() const {
   for (std::size_t i = 0; i < kLetters.size(); ++i) {
-    output_print("# %cs = %d\n", kLetters[i], counts_[i]);
+    output_print("# %cs = %ld\n", kLetters[i], counts_[i]);
   }
 }

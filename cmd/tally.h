@@ -18,7 +18,7 @@ class Tally {
   // In the order in which they are printed.
   static constexpr std::string_view kLetters = "UVASTDRQM";
 
-  std::array<int, kLetters.size()> counts_ = {};
+  std::array<long, kLetters.size()> counts_ = {};
 };
 
 #endif  // CMD_TALLY_H_

@@ -141,7 +141,9 @@ SDBlk *start_block(SDBlkVol *vol, SDBlk **blkp, std::int32_t type) {
     sdblk_clear(*blkp);
   }
   SDBlk *blk = *blkp;
-  blk->block_number = vol->nblocks++;
+  blk->block_number = vol->nblocks;
+  // Wraps in volumes of more than 2^31 blocks.
+  vol->nblocks = static_cast<std::int32_t>(static_cast<std::uint32_t>(vol->nblocks) + 1);
   blk->blockette_type = type;
   blk->file_offset = vol->offset;
   blk->logical_sequence = vol->logical_sequence;
