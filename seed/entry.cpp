@@ -21,7 +21,7 @@ struct Key {
 Key parse_key(const char *key) {
   const bool star = key[0] == '*';
   const char *name = star ? key + 1 : key;
-  require_fit("sdblk_getv", strnlen(name, kKeyBuffer), kKeyBuffer);
+  require_fit("sdblk_getv", std::strlen(name), kKeyBuffer);
   return {name, star};
 }
 
@@ -59,7 +59,8 @@ bool fail_copy(const char *key, const char *member, std::size_t bytes) {
 
 // A copy of count plain elements of T in the pool; member names it in the message.
 template <typename T>
-bool copy_elements(Arena &pool, const char *key, const char *member, std::int32_t count, T **elements) {
+bool copy_elements(Arena &pool, const char *key, const char *member, std::int32_t count,
+                   T **elements) {
   const auto size = static_cast<std::size_t>(count < 0 ? 0 : count);
   T *copy = pool.take_array<T>(size);
   if (copy == nullptr) return fail_copy(key, member, size * sizeof(T));
@@ -100,7 +101,8 @@ bool copy_entries(Arr *copy, const Arr &source);
 
 // Elements that were never filled stay null.
 bool copy_groups(Arr *parent, const char *key, SDBlkEntry *entry) {
-  if (!copy_elements(*parent->pool, key, "->value.ea", entry->count, &entry->value.ea)) return false;
+  if (!copy_elements(*parent->pool, key, "->value.ea", entry->count, &entry->value.ea))
+    return false;
   for (std::int32_t i = 0; i < entry->count; ++i) {
     Arr *&group = entry->value.ea[i];
     if (group == nullptr) continue;
@@ -108,8 +110,8 @@ bool copy_groups(Arr *parent, const char *key, SDBlkEntry *entry) {
     const bool copied = copy != nullptr && copy_entries(copy, *group);
     group = copy;
     if (copied) continue;
-    elog_log(0, "sdblk_copy_entry_arr: sdblk_copy_entry_arr(%s:entryc->value.ea[%ld]) error.\n", key,
-             static_cast<long>(i));
+    elog_log(0, "sdblk_copy_entry_arr: sdblk_copy_entry_arr(%s:entryc->value.ea[%ld]) error.\n",
+             key, static_cast<long>(i));
     return false;
   }
   return true;
@@ -152,6 +154,11 @@ bool copy_entries(Arr *copy, const Arr &source) {
     }
   }
   return true;
+}
+
+// Room for the entries; the first one's name stands for all in the message.
+bool reserve_entries(Arr *copy, const Arr &source) {
+  return arr_reserve(copy, source.count) || fail_copy(source.pairs[0].key, "", sizeof(SDBlkEntry));
 }
 
 // ---- release ----
@@ -205,10 +212,16 @@ int sdblk_getv(const Arr *contents, ...) {
 }
 
 Arr *sdblk_copy_entry_arr(const Arr *entries) {
-  const bool whole_tree = entries != nullptr && entries->root == entries && entries->pool != nullptr;
+  const bool whole_tree =
+      entries != nullptr && entries->root == entries && entries->pool != nullptr;
   Arr *copy = arr_new_pooled(whole_tree ? entries->pool->used() + kCopyBytes / 8 : kCopyBytes);
-  if (copy == nullptr || entries == nullptr) return copy;
-  if (arr_reserve(copy, entries->count) && copy_entries(copy, *entries)) return copy;
+  if (copy == nullptr) {
+    elog_log(1, "sdblk_copy_entry_arr: malloc(arrayc,%ld) error.\n",
+             static_cast<long>(sizeof(Arr)));
+    return nullptr;
+  }
+  if (entries == nullptr) return copy;
+  if (reserve_entries(copy, *entries) && copy_entries(copy, *entries)) return copy;
   freearr(copy, free_sdblk_entry);
   return nullptr;
 }

@@ -167,10 +167,11 @@ int scan_str(const char *text, std::int64_t width, char *result) {
 std::int64_t scan_var_str(const char *text, std::int64_t limit, char *result) {
   result[0] = '\0';
   if (limit < 1) return 0;
-  // One character behind the text that is there, so that a 0 byte ends it.
-  const std::size_t size = strnlen(text, static_cast<std::size_t>(limit));
-  const bool cut_by_zero = size < static_cast<std::size_t>(limit);
-  const VariableField field = variable_field({text, cut_by_zero ? size + 1 : size});
+  // The value's terminator goes along; nothing behind it is looked at.
+  const auto most = static_cast<std::size_t>(limit);
+  std::size_t size = 0;
+  while (size < most && text[size] != '\0' && text[size] != '~') ++size;
+  const VariableField field = variable_field({text, size < most ? size + 1 : size});
   std::memmove(result, field.value.data(), field.value.size());
   result[field.value.size()] = '\0';
   return static_cast<std::int64_t>(field.consumed);

@@ -11,8 +11,8 @@
 #include "support/elog.h"
 #include "support/memory.h"
 
-// Collects what the log writes, as long as it lives.  Texts registered before or during its life are
-// dropped unseen, so that no test sees those of another.
+// Collects what the log writes, as long as it lives.  Texts registered before or during its life
+// are dropped unseen, so that no test sees those of another.
 class LogCapture {
  public:
   LogCapture() {
@@ -61,11 +61,9 @@ class LogCapture {
 inline std::string registered() {
   std::string texts;
   elog_flush();
-  elog_set_sink(
-      [](void *context, const char *bytes, std::size_t size) {
-        static_cast<std::string *>(context)->append(bytes, size);
-      },
-      &texts);
+  elog_set_sink([](void *context, const char *bytes,
+                   std::size_t size) { static_cast<std::string *>(context)->append(bytes, size); },
+                &texts);
   elog_clear_register(1);
   elog_flush();
   elog_set_sink(nullptr, nullptr);
