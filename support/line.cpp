@@ -87,8 +87,11 @@ char *put_millionths(char *out, std::uint64_t value) {
   return put_digits<6>(out, static_cast<std::int64_t>(value % 1000000));
 }
 
-char *put_any_fixed(char *out, double size, int decimals) {
+// A number of 2^43 or more, infinity, or no number.
+char *put_large_fixed(char *out, double size, int decimals) {
   constexpr std::size_t kMostBytes = 320;
+  if (std::isnan(size)) return put_text(out, "nan");
+  if (std::isinf(size)) return put_text(out, "inf");
   return std::to_chars(out, out + kMostBytes, size, std::chars_format::fixed, decimals).ptr;
 }
 
@@ -111,14 +114,12 @@ char *put_digits(char *out, std::int64_t value, int digits) {
 char *put_fixed(char *out, double value, int decimals) {
   if (std::signbit(value)) out = put_char(out, '-');
   const double size = std::fabs(value);
-  if (std::isnan(size)) return put_text(out, "nan");
-  if (std::isinf(size)) return put_text(out, "inf");
-  // Below 2^43 the scaled value fits 64 bits; a comparison with the value would do as well.
   const Binary binary = take_apart(size);
-  if (binary.shift < 10) return put_any_fixed(out, size, decimals);
+  // Below 2^43 the scaled value fits 64 bits.
+  if (binary.shift < 10) return put_large_fixed(out, size, decimals);
   const std::uint64_t power = kPowersOfTen[static_cast<std::size_t>(decimals)];
   const std::uint64_t scaled = scale(binary, power);
-  if (decimals == 6) return put_millionths(out, scaled);
+  if (decimals == 6) return scaled == 0 ? put_text(out, "0.000000") : put_millionths(out, scaled);
   out = put_integer(out, static_cast<std::int64_t>(scaled / power));
   if (decimals == 0) return out;
   return put_last_digits(put_char(out, '.'), scaled % power, decimals);
