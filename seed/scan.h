@@ -16,16 +16,16 @@ inline std::string_view until_zero(std::string_view text) {
 
 // A fixed-width field: up to the first 0 byte, without white space at both ends.
 inline std::string_view trimmed_field(std::string_view field) {
+  std::size_t end = 0;  // fields are short: a loop beats a search
+  while (end < field.size() && field[end] != '\0') ++end;
   std::size_t begin = 0;
-  while (begin < field.size() && is_space(field[begin])) ++begin;
-  std::size_t end = begin;
-  for (std::size_t i = begin; i < field.size() && field[i] != '\0'; ++i) {
-    if (!is_space(field[i])) end = i + 1;
-  }
+  while (begin < end && is_space(field[begin])) ++begin;
+  while (end > begin && is_space(field[end - 1])) --end;
   return field.substr(begin, end - begin);
 }
 
-// A variable-length field at the start of text: its value, and the characters it takes with its "~".
+// A variable-length field at the start of text: its value, and the characters it takes with its
+// "~".
 struct VariableField {
   std::string_view value;
   std::size_t consumed;

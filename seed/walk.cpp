@@ -17,6 +17,7 @@ namespace {
 constexpr std::size_t kTextBuffer = 4096;
 constexpr std::size_t kReferenceBuffer = 128;
 constexpr std::size_t kBinaryTimeSize = 10;
+constexpr std::int32_t kShortField = 128;  // characters of the widest text field
 
 // ---- bytes to text ----
 
@@ -128,6 +129,14 @@ class Walker {
   int decode_group_array(const SDBlkFieldDef &field, SDBlkEntry *entry);
   int decode_ref_array(const SDBlkFieldDef &field, SDBlkEntry *entry);
 
+  // The next bytes, which must be there.
+  const char *take(std::int32_t size) {
+    const char *bytes = feed_.cursor;
+    feed_.cursor += size;
+    feed_.remaining -= size;
+    return bytes;
+  }
+
   // Size bytes of a binary field, given to load.
   template <std::size_t Size, typename Load>
   auto binary(const SDBlkFieldDef &field, Load load);
@@ -182,10 +191,7 @@ template <std::size_t Size, typename Load>
 auto Walker::binary(const SDBlkFieldDef &field, Load load) {
   if (field.stype == 'B' && field.width == Size &&
       feed_.remaining >= static_cast<std::int32_t>(Size)) [[likely]] {
-    const char *bytes = feed_.cursor;
-    feed_.cursor += Size;
-    feed_.remaining -= static_cast<std::int32_t>(Size);
-    return load(bytes);
+    return load(take(static_cast<std::int32_t>(Size)));
   }
   const std::string_view text = extract(field, &feed_).substr(0, Size);
   std::array<char, Size> padded = {};
@@ -199,7 +205,13 @@ void Walker::refer(const SDBlkFieldDef &field, SDBlkEntry *entry) {
 }
 
 int Walker::decode_text(const SDBlkFieldDef &field, SDBlkEntry *entry) {
-  std::string_view text = extract(field, &feed_);
+  std::string_view text;
+  if (field.stype == 'A' && field.width > 0 && field.width <= kShortField &&
+      feed_.remaining >= field.width) [[likely]] {
+    text = trimmed_field({take(field.width), static_cast<std::size_t>(field.width)});
+  } else {
+    text = extract(field, &feed_);
+  }
   if (field.stype == 'B') text = until_zero(text);
   entry->value.s = keep_text(text);
   if (entry->value.s != nullptr) return 0;
@@ -220,8 +232,7 @@ int Walker::decode_digits(const SDBlkFieldDef &field, SDBlkEntry *entry) {
 int Walker::scan_field(const SDBlkFieldDef &field, double *value) {
   if (field.stype == 'F' && feed_.remaining >= field.width &&
       picture::read_field(feed_.cursor, field.width, value)) [[likely]] {
-    feed_.cursor += field.width;
-    feed_.remaining -= field.width;
+    take(field.width);
     return 0;
   }
   const std::string_view text = extract(field, &feed_);
