@@ -101,7 +101,7 @@ int scan_integer(std::string_view text, const char *format, std::int32_t *result
   *result = plain_digits(text);
   if (*result >= 0) return 0;
   std::array<char, kNumberWidth + 1> buffer;
-  require_fit("scan_int", text.size(), buffer.size());
+  if (text.size() > kNumberWidth) require_fit("scan_int", text.size(), kNumberWidth);
   std::memcpy(buffer.data(), text.data(), text.size());
   const int replaced =
       format == nullptr ? 0 : replace_nondigits(buffer.data(), text.size(), format);

@@ -1,6 +1,7 @@
 #include "seed/walk.h"
 
 #include <array>
+#include <cerrno>
 #include <cstring>
 
 #include "seed/conversion.h"
@@ -263,6 +264,7 @@ bool Walker::read_count(const SDBlkFieldDef &field, SDBlkEntry *entry) {
 template <typename T>
 T *Walker::take_elements(const SDBlkFieldDef &field, const SDBlkEntry &entry, const char *member) {
   T *elements = nullptr;
+  errno = ENOMEM;  // also of a count that no memory can hold
   if (entry.count >= 0) elements = pool_->take_array<T>(static_cast<std::size_t>(entry.count));
   if (elements == nullptr) {
     elog_log(1, "sdblk_unstuff_sblk: malloc(entry->%s=%s,%ld) error.\n", member, field.key,

@@ -1,5 +1,6 @@
 #include "support/exec.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -27,7 +28,8 @@ char *join_path(std::string_view directory, const char *name) {
 
 bool is_readable_file(const char *path) {
   struct stat status = {};
-  return stat(path, &status) == 0 && !S_ISDIR(status.st_mode) && access(path, R_OK) == 0;
+  return stat(path, &status) == 0 && !S_ISDIR(status.st_mode) &&
+         faccessat(AT_FDCWD, path, R_OK, AT_EACCESS) == 0;
 }
 
 }  // namespace

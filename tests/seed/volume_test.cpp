@@ -16,6 +16,7 @@
 #include "seed/sdblk.h"
 #include "support/memory.h"
 #include "tests/util/log_capture.h"
+#include "tests/util/without_rights.h"
 
 namespace {
 
@@ -57,22 +58,6 @@ int next_descriptor() {
   close(fd);
   return fd;
 }
-
-// Acts as a user without rights as long as it lives, where the tests run as root.
-class WithoutRights {
- public:
-  WithoutRights() {
-    if (geteuid() == 0) changed_ = seteuid(65534) == 0;
-  }
-  ~WithoutRights() {
-    if (changed_ && seteuid(0) != 0) std::abort();
-  }
-  WithoutRights(const WithoutRights &) = delete;
-  WithoutRights &operator=(const WithoutRights &) = delete;
-
- private:
-  bool changed_ = false;
-};
 
 // Lets the process map spare_bytes more than it has, as long as it lives.
 class AddressSpaceLimit {

@@ -10,10 +10,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <limits>
 #include <random>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 namespace {
@@ -213,19 +216,46 @@ TEST(FixStrtod, PrintedDoublesAreThoseOfStrtod) {
   }
 }
 
-TEST(FixStrtod, LocaleOfTheProgramChangesNothing) {
-  bool found = false;
-  for (const char *name : {"de_DE.UTF-8", "de_DE.utf8", "de_DE", "fr_FR.UTF-8", "fr_FR.utf8"}) {
-    found = found || std::setlocale(LC_ALL, name) != nullptr;
+// Makes a locale with a decimal comma, which few machines have, and sets it as long as it lives.
+class CommaLocale {
+ public:
+  CommaLocale() {
+    std::string folder = (std::filesystem::temp_directory_path() / "locale_XXXXXX").string();
+    if (mkdtemp(folder.data()) == nullptr) return;
+    folder_ = folder;
+    std::ofstream(folder_ / "source") << "comment_char %\nescape_char /\nLC_NUMERIC\n"
+                                         "decimal_point \",\"\nthousands_sep \"\"\ngrouping -1\n"
+                                         "END LC_NUMERIC\n";
+    const std::string command = "localedef -c --no-archive -i '" + folder + "/source' '" + folder +
+                                "/comma' >/dev/null 2>&1";
+    // It warns of the categories that are not there, and calls that a failure.
+    static_cast<void>(std::system(command.c_str()));
+    setenv("LOCPATH", folder.c_str(), 1);
+    set_ = std::setlocale(LC_NUMERIC, "comma") != nullptr;
   }
-  if (!found) GTEST_SKIP() << "no locale with a decimal comma is installed";
-  const double decimal = fix_strtod("1.5", nullptr);
-  const double hexadecimal = fix_strtod("0x1.8", nullptr);
-  const double comma = fix_strtod("1,5", nullptr);
-  std::setlocale(LC_ALL, "C");
-  EXPECT_EQ(decimal, 1.5);
-  EXPECT_EQ(hexadecimal, 1.5);
-  EXPECT_EQ(comma, 1.0);
+  ~CommaLocale() {
+    std::setlocale(LC_NUMERIC, "C");
+    unsetenv("LOCPATH");
+    std::error_code ignored;
+    std::filesystem::remove_all(folder_, ignored);
+  }
+  CommaLocale(const CommaLocale &) = delete;
+  CommaLocale &operator=(const CommaLocale &) = delete;
+
+  [[nodiscard]] bool is_set() const { return set_; }
+
+ private:
+  std::filesystem::path folder_;
+  bool set_ = false;
+};
+
+TEST(FixStrtod, LocaleOfTheProgramChangesNothing) {
+  const CommaLocale locale;
+  ASSERT_TRUE(locale.is_set());
+  EXPECT_EQ(std::strtod("1,5", nullptr), 1.5);
+  EXPECT_EQ(fix_strtod("1.5", nullptr), 1.5);
+  EXPECT_EQ(fix_strtod("0x1.8", nullptr), 1.5);
+  EXPECT_EQ(fix_strtod("1,5", nullptr), 1.0);
 }
 
 TEST(ReadInteger, Numbers) {

@@ -6,31 +6,21 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "seed/sdblk.h"
+#include "tests/util/reader.h"
 
-// A volume in memory of exactly its size, so that the sanitizers see every step behind its end.
+// Blocks one after the other; it ends the test where there is none.
 class BlockReader {
  public:
   explicit BlockReader(std::string_view bytes, std::int32_t logical_length = 0)
-      : bytes_(bytes.begin(), bytes.end()),
-        vol_(sdblk_new(nullptr, bytes_.data(), static_cast<std::int32_t>(bytes_.size()),
-                       logical_length)) {
-    if (vol_ == nullptr) throw std::runtime_error("the volume cannot be opened");
-  }
-  ~BlockReader() {
-    sdblk_free(block_);
-    sdblk_closevol(vol_);
-  }
-  BlockReader(const BlockReader &) = delete;
-  BlockReader &operator=(const BlockReader &) = delete;
+      : reader_(bytes, logical_length) {}
 
   // The next block, as the parser leaves it; lives until the next call.
   SDBlk *next() {
-    const int result = sdblk_parseblk(vol_, &block_);
+    const int result = reader_.next();
     if (result < 0 || result == SDBLK_EOF) throw std::runtime_error("there is no further block");
-    return block_;
+    return &reader_.blk();
   }
   // The next block, decoded.
   SDBlk *decode_next() {
@@ -38,12 +28,10 @@ class BlockReader {
     if (sdblk_unstuffblk(block) != 0) throw std::runtime_error("the block cannot be decoded");
     return block;
   }
-  [[nodiscard]] SDBlkVol *vol() const { return vol_; }
+  [[nodiscard]] SDBlkVol *vol() const { return &reader_.vol(); }
 
  private:
-  std::vector<char> bytes_;
-  SDBlkVol *vol_;
-  SDBlk *block_ = nullptr;
+  Reader reader_;
 };
 
 // The entry of a key; a key that is not there ends the test.

@@ -9,8 +9,8 @@
 
 #include "seed/sdblk.h"
 
-// Reads a volume block by block.  Its image has exactly the bytes given, so that the sanitizers see a
-// step behind them.
+// Reads a volume block by block.  Its image has exactly the bytes given, so that the sanitizers see
+// a step behind them.
 class Reader {
  public:
   explicit Reader(std::string_view bytes, std::int32_t logical_length = 0)

@@ -1,0 +1,1094 @@
+// Decoding of control blockettes: the field walker and the abbreviation dictionary.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <initializer_list>
+#include <memory>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "seed/sdblk.h"
+#include "support/arena.h"
+#include "tests/util/decoded.h"
+#include "tests/util/log_capture.h"
+#include "tests/util/volume_writer.h"
+
+namespace {
+
+using testing::ExitedWithCode;
+using volume::ControlBlockette;
+using volume::VolumeWriter;
+
+// A volume of one control blockette.
+std::string one(char type, const ControlBlockette &blockette, std::size_t record_length = 4096) {
+  return VolumeWriter(record_length).control(type, blockette).bytes();
+}
+
+ControlBlockette unit(long code, std::string_view name = "M/S",
+                      std::string_view description = "Velocity") {
+  return ControlBlockette(34).digits(code, 3).var(name).var(description);
+}
+
+// ---- definitions made by hand ----
+
+// A field of which only what the walker needs is given.
+SDBlkFieldDef field(const char *key, char stype, std::int32_t width, const char *format,
+                    std::int32_t kind) {
+  SDBlkFieldDef def = {};
+  def.key = key;
+  def.title = "";
+  def.description = "";
+  def.stype = stype;
+  def.width = width;
+  def.format = format;
+  def.kind = kind;
+  return def;
+}
+
+SDBlkFieldDef counted(SDBlkFieldDef def, const char *number_entry) {
+  def.number_entry = number_entry;
+  return def;
+}
+
+SDBlkFieldDef referring(SDBlkFieldDef def, const char *abbr_key) {
+  def.abbr_key = abbr_key;
+  return def;
+}
+
+template <std::size_t Size>
+SDBlkFieldDef group(const char *key, const char *number_entry,
+                    const std::array<SDBlkFieldDef, Size> &sub) {
+  SDBlkFieldDef def = counted(field(key, '\0', 0, "", SDBLK_GROUP_ARRAY), number_entry);
+  def.nsub = static_cast<std::int32_t>(Size);
+  def.sub = sub.data();
+  return def;
+}
+
+// The walker on bytes of exactly their size, with an empty volume behind it.
+class Walk {
+ public:
+  Walk(std::string_view bytes, const std::vector<SDBlkFieldDef> &fields, bool big_endian = true)
+      : bytes_(bytes.begin(), bytes.end()),
+        fields_(fields),
+        cursor_(bytes_.data()),
+        remaining_(static_cast<std::int32_t>(bytes.size())),
+        big_endian_(big_endian) {}
+  ~Walk() { freearr(array_, free_sdblk_entry); }
+  Walk(const Walk &) = delete;
+  Walk &operator=(const Walk &) = delete;
+
+  int run() {
+    return sdblk_unstuff_sblk(&array_, &cursor_, &remaining_, big_endian_ ? 1 : 0, 1, reader_.vol(),
+                              static_cast<std::int32_t>(fields_.size()), fields_.data());
+  }
+  [[nodiscard]] const Arr *array() const { return array_; }
+  [[nodiscard]] std::int32_t remaining() const { return remaining_; }
+  [[nodiscard]] std::ptrdiff_t consumed() const { return cursor_ - bytes_.data(); }
+  [[nodiscard]] SDBlkVol *vol() const { return reader_.vol(); }
+
+ private:
+  BlockReader reader_{"000001S    "};
+  std::vector<char> bytes_;
+  std::vector<SDBlkFieldDef> fields_;
+  const char *cursor_;
+  std::int32_t remaining_;
+  bool big_endian_;
+  Arr *array_ = nullptr;
+};
+
+double walked_real(std::string_view bytes, const SDBlkFieldDef &def, bool big_endian = true) {
+  Walk walk(bytes, {def}, big_endian);
+  EXPECT_EQ(walk.run(), 0);
+  return real_of(walk.array(), def.key);
+}
+
+std::int32_t walked_integer(std::string_view bytes, const char *word, std::int32_t width,
+                            bool big_endian) {
+  Walk walk(bytes, {field("n", 'B', width, word, SDBLK_INT)}, big_endian);
+  EXPECT_EQ(walk.run(), 0);
+  return integer_of(walk.array(), "n");
+}
+
+// ---- one block ----
+
+TEST(UnstuffBlk, BlocketteWithoutDefinitionIsLeftUndecoded) {
+  BlockReader reader(one('S', ControlBlockette(999).raw("abc")));
+  SDBlk *block = reader.next();
+  EXPECT_EQ(sdblk_unstuffblk(block), 0);
+  EXPECT_EQ(block->blkdef, nullptr);
+  EXPECT_EQ(countarr(block->contents), 0);
+}
+
+TEST(UnstuffBlk, BlockWithoutRawBytesIsLeftUndecoded) {
+  ASSERT_EQ(sdblk_blkdefs_init(), 0);
+  SDBlk block = {};
+  block.blkdef = seed_blkdefs_index[50];
+  EXPECT_EQ(sdblk_unstuff_blk(nullptr, &block), 0);
+  EXPECT_EQ(block.contents, nullptr);
+}
+
+TEST(UnstuffBlk, NullContentsGetANewArray) {
+  BlockReader reader(one('A', unit(3)));
+  std::string raw = "0330012007AB~";
+  SDBlk block = {};
+  block.blockette_raw = raw.data();
+  block.blockette_length = 13;
+  block.blkdef = seed_blkdefs_index[33];
+  block.vol = reader.vol();
+  reader.next();
+  EXPECT_EQ(sdblk_unstuff_blk(reader.vol(), &block), 0);
+  EXPECT_EQ(text_of(block.contents, "descr"), "AB");
+  freearr(block.contents, free_sdblk_entry);
+}
+
+TEST(UnstuffBlk, FieldsStartBehindTypeAndLength) {
+  BlockReader reader(one('S', ControlBlockette(50).fixed("DYNG", 5)));
+  EXPECT_EQ(text_of(reader.decode_next()->contents, "sta"), "DYNG");
+}
+
+TEST(UnstuffBlk, LengthBelowThePrefixGivesNoFields) {
+  for (const long length : {1, 6, 7}) {
+    BlockReader reader(
+        VolumeWriter(256)
+            .control('S', ControlBlockette(50).fixed("DYNG", 5).text_with_length(length))
+            .bytes());
+    EXPECT_EQ(countarr(reader.decode_next()->contents), 0) << length;
+  }
+}
+
+TEST(UnstuffBlk, DecodingAgainReplacesTheFields) {
+  BlockReader reader(
+      one('S', ControlBlockette(51).var("2021,075").var("").digits(7, 4).digits(1, 6)));
+  SDBlk *block = reader.decode_next();
+  block->blockette_raw[7 + 10] = '9';  // the code's first digit: 9007
+  EXPECT_EQ(sdblk_unstuffblk(block), 0);
+  EXPECT_EQ(countarr(block->contents), 4);
+  EXPECT_EQ(integer_of(block->contents, "cid"), 9007);
+}
+
+TEST(UnstuffBlk, ControlBlocketteOfType99IsNoDataRecord) {
+  BlockReader reader(one('S', ControlBlockette(99).raw("abc")));
+  const LogCapture log;
+  EXPECT_EQ(sdblk_unstuffblk(reader.next()), -1);
+  EXPECT_EQ(registered(),
+            "sdblk_unstuff_dblk: B0099 at S:000001 is no data record\n"
+            "sdblk_unstuffblk: sdblk_unstuff_dblk error for B0099 at S:000001\n");
+}
+
+// ---- text and numbers ----
+
+ControlBlockette station() {
+  return ControlBlockette(50)
+      .fixed("DYNG", 5)
+      .raw("-08.250000")
+      .raw("+115.500000")
+      .raw("+0012.5")
+      .digits(3, 4)
+      .raw("   ")
+      .var("  Dyn  gate ")
+      .digits(1, 3)
+      .digits(3210, 4)
+      .digits(10, 2)
+      .var("1999,001,12:30:15.5")
+      .var("")
+      .fixed("N", 1)
+      .fixed("XX", 2);
+}
+
+TEST(ControlFields, StationIsDecodedByName) {
+  BlockReader reader(one('S', station()));
+  const Arr *contents = reader.decode_next()->contents;
+  EXPECT_EQ(countarr(contents), 14);
+  EXPECT_EQ(text_of(contents, "sta"), "DYNG");
+  EXPECT_EQ(real_of(contents, "lat"), -8.25);
+  EXPECT_EQ(real_of(contents, "lon"), 115.5);
+  EXPECT_EQ(real_of(contents, "elev"), 12.5);
+  EXPECT_EQ(integer_of(contents, "nchans"), 3);
+  EXPECT_EQ(integer_of(contents, "int_order"), 3210);
+  EXPECT_EQ(text_of(contents, "update"), "N");
+  EXPECT_EQ(text_of(contents, "net"), "XX");
+}
+
+TEST(ControlFields, EveryScalarHasTheCountOne) {
+  BlockReader reader(one('S', station()));
+  const Arr *contents = reader.decode_next()->contents;
+  for (const char *key : {"sta", "lat", "nchans", "time"}) {
+    EXPECT_EQ(entry_of(contents, key).count, 1) << key;
+    EXPECT_STREQ(entry_of(contents, key).def->key, key);
+  }
+}
+
+TEST(ControlFields, BlankIntegerIsZero) {
+  BlockReader reader(one('S', station()));
+  EXPECT_EQ(integer_of(reader.decode_next()->contents, "ncomments"), 0);
+}
+
+TEST(ControlFields, VariableTextLosesOuterBlanksOnly) {
+  BlockReader reader(one('S', station()));
+  EXPECT_EQ(text_of(reader.decode_next()->contents, "name"), "Dyn  gate");
+}
+
+TEST(ControlFields, TimesAreEpochsAndEmptyOnesNone) {
+  BlockReader reader(one('S', station()));
+  const Arr *contents = reader.decode_next()->contents;
+  // 1999-01-01 is 915148800; 12:30:15.5 is 45015.5 s.
+  EXPECT_EQ(real_of(contents, "time"), 915193815.5);
+  EXPECT_EQ(real_of(contents, "endtime"), SDBLK_NO_TIME);
+}
+
+TEST(ControlFields, TimeThatIsNoTimeDecodesWithoutError) {
+  BlockReader reader(one('T', ControlBlockette(70).raw("E").var("soon").var("")));
+  // Year 0, day 0: 719529 days before 1970.
+  EXPECT_EQ(real_of(reader.decode_next()->contents, "time"), -719529.0 * 86400.0);
+}
+
+TEST(ControlFields, ShiftedIntegerIsRead) {
+  BlockReader reader(one('S', ControlBlockette(53).raw("A").raw(" 1").raw("  3").raw("4  ")));
+  const Arr *contents = reader.decode_next()->contents;
+  EXPECT_EQ(integer_of(contents, "stage"), 1);
+  EXPECT_EQ(integer_of(contents, "iunits"), 3);
+  EXPECT_EQ(integer_of(contents, "ounits"), 4);
+}
+
+TEST(ControlFields, IntegerCutByTheBlockettesEndReadsWhatIsThere) {
+  BlockReader reader(one('A', ControlBlockette(33).raw("12")));
+  EXPECT_EQ(integer_of(reader.decode_next()->contents, "gid"), 12);
+}
+
+TEST(ControlFields, RealNumberWithTrailingLettersIsRead) {
+  BlockReader reader(one('S', ControlBlockette(50).fixed("DYNG", 5).raw("12.5 north")));
+  EXPECT_EQ(real_of(reader.decode_next()->contents, "lat"), 12.5);
+}
+
+// ---- non-digits ----
+
+ControlBlockette channel_with_subchannel(std::string_view subchannel) {
+  return ControlBlockette(52).raw("00").raw("BHZ").raw(subchannel);
+}
+
+void decode_first(const std::string &bytes) {
+  BlockReader reader(bytes);
+  sdblk_unstuffblk(reader.next());
+}
+
+TEST(NondigitsDeathTest, LetterInAnIntegerEndsTheProgram) {
+  EXPECT_EXIT(decode_first(one('S', channel_with_subchannel("12a4"))), ExitedWithCode(1),
+              "SEEDERROR - Non-digit characters in integer field B0052:subchan = '12a4' - program "
+              "exiting\\.");
+}
+
+TEST(NondigitsDeathTest, LetterInALookupCodeEndsTheProgram) {
+  EXPECT_EXIT(decode_first(one('A', ControlBlockette(34).raw("3 x").var("M"))), ExitedWithCode(1),
+              "integer field B0034:uid = '3 x' - program exiting\\.");
+}
+
+// The fatal text of decoding the first block.
+std::string fatal_text(BlockReader &reader) {
+  LogCapture log;
+  const FatalHook hook;
+  SDBlk *block = reader.next();
+  EXPECT_THROW(sdblk_unstuffblk(block), Fatal);
+  return log.take();
+}
+
+TEST(Nondigits, AreCountedInTheVolume) {
+  BlockReader reader(one('S', channel_with_subchannel("a-b4")));
+  EXPECT_EQ(fatal_text(reader),
+            "SEEDERROR - Non-digit characters in integer field B0052:subchan = 'a-b4' - program "
+            "exiting.\n");
+  EXPECT_EQ(reader.vol()->nondigits, 3);
+}
+
+TEST(Nondigits, ASignIsOneToo) {
+  BlockReader reader(one('S', channel_with_subchannel("  -4")));
+  EXPECT_EQ(fatal_text(reader),
+            "SEEDERROR - Non-digit characters in integer field B0052:subchan = '-4' - program "
+            "exiting.\n");
+}
+
+TEST(Nondigits, DigitsAndBlanksCountNothing) {
+  BlockReader reader(one('S', channel_with_subchannel(" 42 ")));
+  EXPECT_EQ(integer_of(reader.decode_next()->contents, "subchan"), 42);
+  EXPECT_EQ(reader.vol()->nondigits, 0);
+}
+
+TEST(Nondigits, InAnIntegerArrayAreFatalToo) {
+  Walk walk("202x3", {field("n", 'D', 1, "#", SDBLK_INT),
+                      counted(field("list", 'D', 2, "##", SDBLK_INT_ARRAY), "n")});
+  LogCapture log;
+  const FatalHook hook;
+  EXPECT_THROW(walk.run(), Fatal);
+  // No block was cut before.
+  EXPECT_EQ(log.take(),
+            "SEEDERROR - Non-digit characters in integer field B0000:list = 'x3' - program "
+            "exiting.\n");
+}
+
+// ---- fields that cannot be read ----
+
+TEST(ScanFailure, RealNumberIsReportedWithItsBytes) {
+  BlockReader reader(
+      one('S', ControlBlockette(50).raw("DYNG ").raw("north     ").raw("+115.500000")));
+  SDBlk *block = reader.next();
+  LogCapture log;
+  EXPECT_EQ(sdblk_unstuffblk(block), -1);
+  // The dump: 26 characters behind eight blanks, filled up to 64.
+  EXPECT_EQ(log.take(), "        DYNG north     +115.500000" + std::string(38, ' ') + "\n");
+  EXPECT_EQ(log.registered(),
+            "scan_double: Failed double input: 'north'\n"
+            "sdblk_unstuff_sblk: scan_double(north) error.\n"
+            "sdblk_unstuffblk: sdblk_unstuff_blk error for B0050 at S:000001\n");
+}
+
+TEST(ScanFailure, FieldsBeforeItStay) {
+  BlockReader reader(
+      one('S', ControlBlockette(50).raw("DYNG ").raw("north     ").raw("+115.500000")));
+  SDBlk *block = reader.next();
+  const LogCapture log;
+  EXPECT_EQ(sdblk_unstuffblk(block), -1);
+  EXPECT_EQ(countarr(block->contents), 1);
+  EXPECT_EQ(text_of(block->contents, "sta"), "DYNG");
+}
+
+TEST(ScanFailure, InAGroupTheDumpStartsWithTheGroup) {
+  const ControlBlockette poles = ControlBlockette(53)
+                                     .raw("A01003004")
+                                     .real(1)
+                                     .real(1)
+                                     .digits(2, 3)
+                                     .real(2)
+                                     .raw("imaginary   ");
+  BlockReader reader(one('S', poles));
+  SDBlk *block = reader.next();
+  LogCapture log;
+  EXPECT_EQ(sdblk_unstuffblk(block), -1);
+  EXPECT_EQ(log.take(), "         2.00000E+00imaginary   " + std::string(40, ' ') + "\n");
+}
+
+TEST(ScanFailure, IntegerIsReportedWithItsBytes) {
+  Walk walk("wx", {field("n", 'A', 2, "", SDBLK_INT)});
+  LogCapture log;
+  EXPECT_EQ(walk.run(), -1);
+  EXPECT_EQ(log.take(), "        wx" + std::string(62, ' ') + "\n");
+  EXPECT_EQ(log.registered(),
+            "scan_int: Failed integer input: 'wx'\n"
+            "sdblk_unstuff_sblk: scan_int(wx) error.\n");
+}
+
+TEST(ScanFailure, LookupCodeIsReportedWithItsBytes) {
+  Walk walk("wx", {field("uid", 'A', 2, "", SDBLK_ABBR_KEY)});
+  LogCapture log;
+  EXPECT_EQ(walk.run(), -1);
+  EXPECT_EQ(log.take(), "        wx" + std::string(62, ' ') + "\n");
+  EXPECT_EQ(log.registered(),
+            "scan_int: Failed integer input: 'wx'\n"
+            "sdblk_unstuff_sblk: scan_int(wx) error.\n");
+  EXPECT_EQ(countarr(walk.vol()->abbrs), 0);
+}
+
+TEST(ScanFailure, ElementsAreReportedWithoutTheirBytes) {
+  struct Case {
+    std::int32_t kind;
+    const char *messages;
+  };
+  constexpr const char *kInteger =
+      "scan_int: Failed integer input: 'wx'\nsdblk_unstuff_sblk: scan_int(wx) error.\n";
+  constexpr const char *kReal =
+      "scan_double: Failed double input: 'wx'\nsdblk_unstuff_sblk: scan_double(wx) error.\n";
+  for (const Case &c : {Case{SDBLK_INT_ARRAY, kInteger}, Case{SDBLK_REF_ARRAY, kInteger},
+                        Case{SDBLK_DOUBLE_ARRAY, kReal}}) {
+    Walk walk("211wx", {field("n", 'D', 1, "#", SDBLK_INT),
+                        counted(field("list", 'A', 2, "", c.kind), "n")});
+    LogCapture log;
+    EXPECT_EQ(walk.run(), -1);
+    EXPECT_EQ(log.take(), "");
+    EXPECT_EQ(log.registered(), c.messages);
+    EXPECT_EQ(countarr(walk.array()), 1) << "the array itself is not kept";
+  }
+}
+
+TEST(ScanFailure, ReferenceWithTrailingLettersIsRead) {
+  BlockReader reader(one('S', ControlBlockette(60).raw("01").raw("0101").raw("1x23")));
+  const Arr *stage = repetition_of(reader.decode_next()->contents, "stages", 0);
+  EXPECT_EQ(entry_of(stage, "resps").value.ra[0].code, 1);
+}
+
+// ---- texts that are too long ----
+
+TEST(LongText, OfTheBuffersSizeLessOneFits) {
+  BlockReader reader(one('A', ControlBlockette(33).raw("001").var(std::string(4095, 'x')), 8192));
+  EXPECT_EQ(text_of(reader.decode_next()->contents, "descr"), std::string(4095, 'x'));
+}
+
+TEST(LongText, OfTheBuffersSizeIsFatal) {
+  BlockReader reader(one('A', ControlBlockette(33).raw("001").var(std::string(4096, 'x')), 8192));
+  EXPECT_EQ(fatal_text(reader),
+            "sdblk_unstuff_sblk: text of 4097 bytes does not fit the 4096 byte buffer\n");
+}
+
+TEST(LongText, BlanksAroundItDoNotCount) {
+  const std::string blanks(3000, ' ');
+  BlockReader reader(one('A', ControlBlockette(33).raw("001").var(blanks + "x" + blanks), 8192));
+  EXPECT_EQ(text_of(reader.decode_next()->contents, "descr"), "x");
+}
+
+TEST(LongTextDeathTest, EndsTheProgram) {
+  EXPECT_EXIT(
+      decode_first(one('A', ControlBlockette(33).raw("001").var(std::string(5000, 'x')), 8192)),
+      ExitedWithCode(1),
+      "sdblk_unstuff_sblk: text of 5001 bytes does not fit the 4096 byte buffer");
+}
+
+TEST(LongText, ReferenceKeyIsBounded) {
+  // "k...k:7" of 127 characters fits, of 128 does not.
+  for (const std::size_t size : {125U, 126U}) {
+    const std::string key(size, 'k');
+    Walk walk("7", {referring(field("n", 'D', 1, "#", SDBLK_INT), key.c_str())});
+    LogCapture log;
+    const FatalHook hook;
+    if (size == 125) {
+      EXPECT_EQ(walk.run(), 0);
+      continue;
+    }
+    EXPECT_THROW(walk.run(), Fatal);
+    EXPECT_EQ(log.take(),
+              "sdblk_unstuff_sblk: text of 129 bytes does not fit the 128 byte buffer\n");
+  }
+}
+
+// ---- the dictionary ----
+
+SDBlk *abbreviation(const BlockReader &reader, const char *key) {
+  return static_cast<SDBlk *>(getarr(reader.vol()->abbrs, key));
+}
+
+TEST(Dictionary, AbbreviationIsKeptUnderItsKey) {
+  BlockReader reader(one('A', unit(3)));
+  reader.decode_next();
+  const SDBlk *kept = abbreviation(reader, "uid:3");
+  ASSERT_NE(kept, nullptr);
+  EXPECT_EQ(kept->blockette_type, 34);
+  EXPECT_EQ(text_of(kept->contents, "name"), "M/S");
+  EXPECT_EQ(text_of(kept->contents, "descr"), "Velocity");
+  EXPECT_EQ(countarr(reader.vol()->abbrs), 1);
+}
+
+TEST(Dictionary, KeepsACopyOfItsOwn) {
+  VolumeWriter writer(4096);
+  BlockReader reader(writer.control('A', {unit(3), unit(4, "PA", "Pressure")}).bytes());
+  const SDBlk *block = reader.decode_next();
+  const SDBlk *kept = abbreviation(reader, "uid:3");
+  ASSERT_NE(kept, nullptr);
+  EXPECT_NE(kept, block);
+  EXPECT_NE(kept->blockette_raw, block->blockette_raw);
+  EXPECT_NE(entry_of(kept->contents, "name").value.s, entry_of(block->contents, "name").value.s);
+  EXPECT_EQ(kept->next, nullptr);
+  reader.decode_next();
+  EXPECT_EQ(text_of(kept->contents, "name"), "M/S");
+}
+
+TEST(Dictionary, EveryAbbreviationHasItsKey) {
+  struct Case {
+    ControlBlockette blockette;
+    const char *key;
+  };
+  const std::vector<Case> cases = {
+      {ControlBlockette(30).var("Steim").digits(1, 4), "did:1"},
+      {ControlBlockette(31).digits(2, 4), "cid:2"},
+      {ControlBlockette(32).digits(3, 2), "sid:3"},
+      {ControlBlockette(33).digits(4, 3), "gid:4"},
+      {ControlBlockette(34).digits(5, 3), "uid:5"},
+      {ControlBlockette(35).digits(6, 3), "bid:6"},
+      {ControlBlockette(41).digits(41, 4), "rid:41"},
+      {ControlBlockette(42).digits(42, 4), "rid:42"},
+      {ControlBlockette(43).digits(43, 4), "rid:43"},
+      {ControlBlockette(44).digits(44, 4), "rid:44"},
+      {ControlBlockette(45).digits(45, 4), "rid:45"},
+      {ControlBlockette(46).digits(46, 4), "rid:46"},
+      {ControlBlockette(47).digits(47, 4), "rid:47"},
+      {ControlBlockette(48).digits(48, 4), "rid:48"},
+  };
+  for (const Case &c : cases) {
+    BlockReader reader(one('A', c.blockette));
+    reader.decode_next();
+    EXPECT_NE(abbreviation(reader, c.key), nullptr) << c.key;
+  }
+}
+
+TEST(Dictionary, ReferenceFindsItsAbbreviation) {
+  VolumeWriter writer(4096);
+  writer.control('A', {unit(3), unit(4)});
+  writer.control('S',
+                 channel_with_subchannel("0000").digits(9, 3).var("").digits(3, 3).digits(5, 3));
+  BlockReader reader(writer.bytes());
+  reader.decode_next();
+  reader.decode_next();
+  const Arr *contents = reader.decode_next()->contents;
+  EXPECT_EQ(entry_of(contents, "sunits").ref, abbreviation(reader, "uid:3"));
+  EXPECT_NE(entry_of(contents, "sunits").ref, nullptr);
+  EXPECT_EQ(entry_of(contents, "cunits").ref, nullptr) << "a code that nothing defines";
+  EXPECT_EQ(entry_of(contents, "inst_gid").ref, nullptr) << "a code of another kind";
+  EXPECT_EQ(entry_of(contents, "subchan").ref, nullptr) << "no code at all";
+}
+
+TEST(Dictionary, AbbreviationRefersToAnother) {
+  VolumeWriter writer(4096);
+  writer.control('A', {unit(3), ControlBlockette(31).raw("0007").raw("X").var("Gap").raw("003")});
+  BlockReader reader(writer.bytes());
+  reader.decode_next();
+  reader.decode_next();
+  const SDBlk *comment = abbreviation(reader, "cid:7");
+  ASSERT_NE(comment, nullptr);
+  EXPECT_EQ(entry_of(comment->contents, "uid").ref, abbreviation(reader, "uid:3"));
+}
+
+TEST(Dictionary, SecondDefinitionIsRefused) {
+  VolumeWriter writer(4096);
+  BlockReader reader(writer.control('A', {unit(3), unit(3, "PA", "Pressure")}).bytes());
+  reader.decode_next();
+  const LogCapture log;
+  EXPECT_EQ(sdblk_unstuffblk(reader.next()), -1);
+  EXPECT_EQ(registered(),
+            "sdblk_unstuff_sblk: Abbreviation uid:3 already defined.\n"
+            "sdblk_unstuffblk: sdblk_unstuff_blk error for B0034 at A:000001\n");
+  EXPECT_EQ(text_of(abbreviation(reader, "uid:3")->contents, "name"), "M/S");
+}
+
+TEST(Dictionary, SameCodeOfAnotherKindIsNoSecondDefinition) {
+  VolumeWriter writer(4096);
+  writer.control('A', {unit(3), ControlBlockette(33).raw("003").var("Net")});
+  BlockReader reader(writer.bytes());
+  reader.decode_next();
+  EXPECT_EQ(sdblk_unstuffblk(reader.next()), 0);
+  EXPECT_EQ(countarr(reader.vol()->abbrs), 2);
+}
+
+TEST(Dictionary, BlocketteThatFailsIsNotKept) {
+  BlockReader reader(one('A', ControlBlockette(48).raw("0009").var("GAIN").raw("one")));
+  const LogCapture log;
+  EXPECT_EQ(sdblk_unstuffblk(reader.next()), -1);
+  EXPECT_EQ(countarr(reader.vol()->abbrs), 0);
+}
+
+TEST(Dictionary, WithoutACurrentBlockTheCopyFails) {
+  Walk walk("7", {field("uid", 'D', 1, "#", SDBLK_ABBR_KEY)});
+  const LogCapture log;
+  EXPECT_EQ(walk.run(), -1);
+  EXPECT_EQ(registered(), "sdblk_unstuff_sblk: sdblk_copy(abbr_ref) error.\n");
+}
+
+// ---- data that ends early ----
+
+struct Piece {
+  const char *key;
+  std::string text;
+};
+
+void expect_keys_up_to_each_boundary(int type, char record_type, const std::vector<Piece> &pieces) {
+  for (std::size_t present = 0; present <= pieces.size(); ++present) {
+    ControlBlockette blockette(type);
+    for (std::size_t i = 0; i < present; ++i) blockette.raw(pieces[i].text);
+    BlockReader reader(one(record_type, blockette));
+    const Arr *contents = reader.decode_next()->contents;
+    for (std::size_t i = 0; i < pieces.size(); ++i) {
+      EXPECT_EQ(getarr(contents, pieces[i].key) != nullptr, i < present)
+          << "B" << type << " of " << present << " fields: " << pieces[i].key;
+    }
+  }
+}
+
+TEST(ShortBlockette, FieldsBehindItsEndAreAbsent) {
+  expect_keys_up_to_each_boundary(50, 'S',
+                                  {{"sta", "DYNG "},
+                                   {"lat", "-08.250000"},
+                                   {"lon", "+115.500000"},
+                                   {"elev", "+0012.5"},
+                                   {"nchans", "0003"},
+                                   {"ncomments", "000"},
+                                   {"name", "Gate~"},
+                                   {"net_gid", "001"},
+                                   {"int_order", "3210"},
+                                   {"short_order", "10"},
+                                   {"time", "2021,075~"},
+                                   {"endtime", "~"},
+                                   {"update", "N"},
+                                   {"net", "XX"}});
+  expect_keys_up_to_each_boundary(53, 'S',
+                                  {{"resp", "A"},
+                                   {"stage", "01"},
+                                   {"iunits", "003"},
+                                   {"ounits", "004"},
+                                   {"norm", " 1.00000E+00"},
+                                   {"fnorm", " 1.00000E+00"},
+                                   {"nzeros", "001"},
+                                   {"zeros", std::string(48, '0')},
+                                   {"npoles", "000"}});
+  expect_keys_up_to_each_boundary(30, 'A',
+                                  {{"name", "Steim~"},
+                                   {"did", "0001"},
+                                   {"family", "050"},
+                                   {"nkeys", "02"},
+                                   {"keys", "F1~F2~"}});
+}
+
+TEST(ShortBlockette, MissingFieldIsNotDefined) {
+  BlockReader reader(one('S', ControlBlockette(50).raw("DYNG ")));
+  const SDBlk *block = reader.decode_next();
+  const LogCapture log;
+  double lat = 0;
+  EXPECT_EQ(sdblk_getv(block->contents, "lat", &lat, nullptr), -1);
+  EXPECT_EQ(registered(), "sdblk_getv: entry 'lat' not defined.\n");
+}
+
+TEST(ShortBlockette, RepetitionsBehindItsEndAreNull) {
+  const ControlBlockette blockette = ControlBlockette(53)
+                                         .raw("A01003004")
+                                         .real(1)
+                                         .real(1)
+                                         .digits(3, 3)
+                                         .real(1)
+                                         .real(2)
+                                         .real(3)
+                                         .real(4)
+                                         .real(5)
+                                         .real(6);
+  BlockReader reader(one('S', blockette));
+  const Arr *contents = reader.decode_next()->contents;
+  EXPECT_EQ(entry_of(contents, "zeros").count, 3);
+  EXPECT_EQ(countarr(repetition_of(contents, "zeros", 0)), 4);
+  EXPECT_EQ(countarr(repetition_of(contents, "zeros", 1)), 2);
+  EXPECT_EQ(real_of(repetition_of(contents, "zeros", 1), "imag"), 6.0);
+  EXPECT_EQ(repetition_of(contents, "zeros", 2), nullptr);
+}
+
+TEST(ShortBlockette, ElementsBehindItsEndAreEmpty) {
+  BlockReader texts(one('A', ControlBlockette(30).var("Steim").raw("000105003").var("F1")));
+  const SDBlkEntry &keys = entry_of(texts.decode_next()->contents, "keys");
+  ASSERT_EQ(keys.count, 3);
+  EXPECT_STREQ(keys.value.sa[0], "F1");
+  EXPECT_STREQ(keys.value.sa[1], "");
+  EXPECT_STREQ(keys.value.sa[2], "");
+
+  BlockReader reals(one(
+      'S', ControlBlockette(61).raw("01").var("F").raw("A0030030002").real(2, volume::kReal14)));
+  const SDBlkEntry &coefs = entry_of(reals.decode_next()->contents, "coefs");
+  ASSERT_EQ(coefs.count, 2);
+  EXPECT_EQ(coefs.value.da[0], 2.0);
+  EXPECT_EQ(coefs.value.da[1], 0.0);
+
+  BlockReader codes(one('S', ControlBlockette(60).raw("01").raw("0102").raw("0005")));
+  const SDBlkEntry &resps =
+      entry_of(repetition_of(codes.decode_next()->contents, "stages", 0), "resps");
+  ASSERT_EQ(resps.count, 2);
+  EXPECT_EQ(resps.value.ra[0].code, 5);
+  EXPECT_EQ(resps.value.ra[1].code, 0);
+  EXPECT_EQ(resps.value.ra[1].blk, nullptr);
+}
+
+TEST(ShortBlockette, HugeCountCostsOnlyItsPointers) {
+  BlockReader reader(one('S', ControlBlockette(55).raw("01003004").raw("9999").real(1)));
+  const Arr *contents = reader.decode_next()->contents;
+  EXPECT_EQ(entry_of(contents, "faps").count, 9999);
+  EXPECT_EQ(countarr(repetition_of(contents, "faps", 0)), 1);
+  for (std::int32_t i = 1; i < 9999; ++i) {
+    ASSERT_EQ(repetition_of(contents, "faps", i), nullptr) << i;
+  }
+}
+
+// ---- repeated groups ----
+
+TEST(Group, IsAsLongAsItsCount) {
+  for (int count = 0; count <= 3; ++count) {
+    ControlBlockette blockette(11);
+    blockette.digits(count, 3);
+    for (int i = 0; i < count; ++i) blockette.fixed("ST" + std::to_string(i), 5).digits(10 + i, 6);
+    BlockReader reader(one('V', blockette.raw(" ")));
+    const Arr *contents = reader.decode_next()->contents;
+    ASSERT_EQ(entry_of(contents, "stas").count, count);
+    ASSERT_NE(entry_of(contents, "stas").value.ea, nullptr);
+    for (int i = 0; i < count; ++i) {
+      EXPECT_EQ(text_of(repetition_of(contents, "stas", i), "sta"), "ST" + std::to_string(i));
+      EXPECT_EQ(integer_of(repetition_of(contents, "stas", i), "lseq"), 10 + i);
+    }
+  }
+}
+
+TEST(Group, OfNoRepetitionsTakesNothing) {
+  BlockReader reader(
+      one('S', ControlBlockette(53).raw("A01003004").real(1).real(1).raw("000").raw("007")));
+  EXPECT_EQ(integer_of(reader.decode_next()->contents, "npoles"), 7);
+}
+
+TEST(Group, HoldsAGroupOfReferences) {
+  VolumeWriter writer(4096);
+  writer.control('A', ControlBlockette(47).raw("0012").var("DEC"));
+  writer.control('S', ControlBlockette(60).raw("02").raw("01020012").raw("0099").raw("0200"));
+  BlockReader reader(writer.bytes());
+  reader.decode_next();
+  const Arr *contents = reader.decode_next()->contents;
+  const Arr *first = repetition_of(contents, "stages", 0);
+  EXPECT_EQ(integer_of(first, "nresps"), 2);
+  const SDBlkEntry &resps = entry_of(first, "resps");
+  ASSERT_EQ(resps.count, 2);
+  EXPECT_EQ(resps.value.ra[0].code, 12);
+  EXPECT_EQ(resps.value.ra[0].blk, abbreviation(reader, "rid:12"));
+  EXPECT_NE(resps.value.ra[0].blk, nullptr);
+  EXPECT_EQ(resps.value.ra[1].code, 99);
+  EXPECT_EQ(resps.value.ra[1].blk, nullptr);
+  const Arr *second = repetition_of(contents, "stages", 1);
+  EXPECT_EQ(integer_of(second, "stage"), 2);
+  EXPECT_EQ(integer_of(second, "nresps"), 0);
+  EXPECT_EQ(getarr(second, "resps"), nullptr) << "the blockette ends before it";
+}
+
+TEST(Group, ThatNamesAMissingCountFails) {
+  struct Case {
+    char record_type;
+    ControlBlockette blockette;
+    std::string message;
+  };
+  const std::string start = "sdblk_unstuff_sblk: Cannot find number_entry, ";
+  const std::vector<Case> cases = {
+      {'A', ControlBlockette(46).raw("0001").var("X").raw("0030040000 "),
+       start + "'nfaps', for entry 'corners'.\n"},
+      {'A', ControlBlockette(48).raw("0001").var("X").real(1).real(1).raw("00 "),
+       start + "'ndens', for entry 'histories'.\n"},
+      {'S', ControlBlockette(56).raw("010030040001").real(1).real(1),
+       start + "'nfaps', for entry 'corners'.\n"},
+      {'S', ControlBlockette(58).raw("01").real(1).real(1).raw("00 "),
+       start + "'ndens', for entry 'histories'.\n"},
+      {'T', ControlBlockette(73).raw("0000 "), start + "'ndata', for entry 'segs'.\n"},
+  };
+  for (const Case &c : cases) {
+    BlockReader reader(one(c.record_type, c.blockette));
+    const LogCapture log;
+    SDBlk *block = reader.next();
+    EXPECT_EQ(sdblk_unstuffblk(block), -1);
+    EXPECT_EQ(registered().substr(0, c.message.size()), c.message);
+    EXPECT_EQ(countarr(block->contents), block->blkdef->nfields - 1) << "all but the group";
+  }
+}
+
+TEST(Group, ThatNamesAMissingCountIsNotReachedByAShortBlockette) {
+  BlockReader reader(one('S', ControlBlockette(58).raw("01").real(1).real(1).raw("00")));
+  EXPECT_EQ(sdblk_unstuffblk(reader.next()), 0);
+}
+
+TEST(Group, CountMustStandInTheSameArray) {
+  const std::array<SDBlkFieldDef, 1> inner = {
+      counted(field("list", 'D', 1, "#", SDBLK_INT_ARRAY), "n")};
+  Walk walk("123", {field("n", 'D', 1, "#", SDBLK_INT), group("outer", "n", inner)});
+  const LogCapture log;
+  EXPECT_EQ(walk.run(), -1);
+  EXPECT_EQ(registered(), "sdblk_unstuff_sblk: Cannot find number_entry, 'n', for entry 'list'.\n");
+}
+
+// ---- the walker by itself ----
+
+TEST(Walker, BinaryIntegersHaveTheirSign) {
+  EXPECT_EQ(walked_integer("\xFE", "BYTE", 1, true), -2);
+  EXPECT_EQ(walked_integer("\xFE", "UBYTE", 1, true), 254);
+  EXPECT_EQ(walked_integer("\xFF\xFE", "WORD", 2, true), -2);
+  EXPECT_EQ(walked_integer("\xFF\xFE", "UWORD", 2, true), 65534);
+  EXPECT_EQ(walked_integer("\xFF\xFF\xFF\xFE", "LONG", 4, true), -2);
+  EXPECT_EQ(walked_integer("\xFF\xFF\xFF\xFE", "ULONG", 4, true), -2) << "the same 32 bits";
+}
+
+TEST(Walker, BinaryIntegersFollowTheByteOrder) {
+  EXPECT_EQ(walked_integer("\x01\x02", "WORD", 2, true), 0x0102);
+  EXPECT_EQ(walked_integer("\x01\x02", "WORD", 2, false), 0x0201);
+  EXPECT_EQ(walked_integer("\x01\x02", "UWORD", 2, true), 0x0102);
+  EXPECT_EQ(walked_integer("\x01\x02", "UWORD", 2, false), 0x0201);
+  EXPECT_EQ(walked_integer("\x01\x02\x03\x04", "LONG", 4, true), 0x01020304);
+  EXPECT_EQ(walked_integer("\x01\x02\x03\x04", "LONG", 4, false), 0x04030201);
+  EXPECT_EQ(walked_integer("\x01\x02\x03\x04", "ULONG", 4, true), 0x01020304);
+  EXPECT_EQ(walked_integer("\x01\x02\x03\x04", "ULONG", 4, false), 0x04030201);
+}
+
+TEST(Walker, MissingBytesOfABinaryIntegerAreZero) {
+  EXPECT_EQ(walked_integer("\x01", "UWORD", 2, true), 0x0100);
+  EXPECT_EQ(walked_integer("\x01", "UWORD", 2, false), 0x0001);
+  EXPECT_EQ(walked_integer("\x01\x02\x03", "LONG", 4, true), 0x01020300);
+  EXPECT_EQ(walked_integer("\x01\x02\x03", "LONG", 4, false), 0x00030201);
+}
+
+TEST(Walker, BinaryTimeIsAnEpoch) {
+  const SDBlkFieldDef time = field("time", 'B', 10, "BTIME", SDBLK_DOUBLE);
+  // 2000, day 1, 00:00:00.5000; the unused byte does not count.
+  EXPECT_EQ(walked_real({"\x07\xD0\x00\x01\x00\x00\x00\x63\x13\x88", 10}, time), 946684800.5);
+  EXPECT_EQ(walked_real({"\xD0\x07\x01\x00\x00\x00\x00\x63\x88\x13", 10}, time, false),
+            946684800.5);
+  // 2000, day 2, 01:02:03: 86400 + 3723 s later.
+  EXPECT_EQ(walked_real({"\x07\xD0\x00\x02\x01\x02\x03\x00\x00\x00", 10}, time), 946774923.0);
+  // Cut behind the hour: 2000, day 1, 01:00:00.
+  EXPECT_EQ(walked_real({"\x07\xD0\x00\x01\x01", 5}, time), 946688400.0);
+}
+
+TEST(Walker, FloatIsWidened) {
+  const SDBlkFieldDef value = field("v", 'B', 4, "FLOAT", SDBLK_DOUBLE);
+  EXPECT_EQ(walked_real({"\x3F\xC0\x00\x00", 4}, value), 1.5);
+  EXPECT_EQ(walked_real({"\x00\x00\xC0\x3F", 4}, value, false), 1.5);
+  EXPECT_EQ(walked_real({"\x3F\xC0", 2}, value), 1.5) << "missing bytes are zero";
+}
+
+TEST(Walker, OtherFormatsOfARealNumberAreDecimalText) {
+  EXPECT_EQ(walked_real("1.5E+02", field("v", 'F', 7, "-#.#", SDBLK_DOUBLE)), 150.0);
+  EXPECT_EQ(walked_real("   ", field("v", 'F', 3, "", SDBLK_DOUBLE)), 0.0);
+}
+
+TEST(Walker, EmptyTimeTextIsNoTime) {
+  EXPECT_EQ(walked_real("~", field("t", 'V', 22, "TIME", SDBLK_DOUBLE)), SDBLK_NO_TIME);
+}
+
+TEST(Walker, ArraysHoldTheirElements) {
+  Walk walk(
+      "2"
+      "0107"
+      "1.52.5"
+      "ab~c~",
+      {field("n", 'D', 1, "#", SDBLK_INT), counted(field("ia", 'D', 2, "##", SDBLK_INT_ARRAY), "n"),
+       counted(field("da", 'F', 3, "", SDBLK_DOUBLE_ARRAY), "n"),
+       counted(field("sa", 'V', 0, "", SDBLK_STRING_ARRAY), "n")});
+  ASSERT_EQ(walk.run(), 0);
+  EXPECT_EQ(walk.remaining(), 0);
+  EXPECT_EQ(entry_of(walk.array(), "ia").count, 2);
+  EXPECT_EQ(entry_of(walk.array(), "ia").value.ia[0], 1);
+  EXPECT_EQ(entry_of(walk.array(), "ia").value.ia[1], 7);
+  EXPECT_EQ(entry_of(walk.array(), "da").value.da[0], 1.5);
+  EXPECT_EQ(entry_of(walk.array(), "da").value.da[1], 2.5);
+  EXPECT_STREQ(entry_of(walk.array(), "sa").value.sa[0], "ab");
+  EXPECT_STREQ(entry_of(walk.array(), "sa").value.sa[1], "c");
+}
+
+TEST(Walker, ReferencesWithoutAKeyPointNowhere) {
+  Walk walk("25", {field("n", 'D', 1, "#", SDBLK_INT),
+                   counted(field("ra", 'D', 1, "#", SDBLK_REF_ARRAY), "n")});
+  ASSERT_EQ(walk.run(), 0);
+  EXPECT_EQ(entry_of(walk.array(), "ra").value.ra[0].code, 5);
+  EXPECT_EQ(entry_of(walk.array(), "ra").value.ra[0].blk, nullptr);
+}
+
+TEST(Walker, AnotherKindTakesNothing) {
+  Walk walk("7", {field("odd", 'D', 1, "#", -10), field("n", 'D', 1, "#", SDBLK_INT)});
+  ASSERT_EQ(walk.run(), 0);
+  EXPECT_EQ(entry_of(walk.array(), "odd").count, 0);
+  EXPECT_EQ(integer_of(walk.array(), "n"), 7);
+}
+
+TEST(Walker, AnotherStorageTypeTakesNothing) {
+  Walk walk("7", {field("odd", 'X', 1, "", SDBLK_STRING), field("n", 'D', 1, "#", SDBLK_INT)});
+  ASSERT_EQ(walk.run(), 0);
+  EXPECT_EQ(text_of(walk.array(), "odd"), "");
+  EXPECT_EQ(integer_of(walk.array(), "n"), 7);
+}
+
+TEST(Walker, LaterFieldOfTheSameKeyReplacesTheEarlier) {
+  Walk walk("ab", {field("s", 'A', 1, "", SDBLK_STRING), field("s", 'A', 1, "", SDBLK_STRING)});
+  ASSERT_EQ(walk.run(), 0);
+  EXPECT_EQ(countarr(walk.array()), 1);
+  EXPECT_EQ(text_of(walk.array(), "s"), "b");
+}
+
+TEST(Walker, CursorAndCountMoveTogether) {
+  Walk walk("ab rest", {field("s", 'A', 3, "", SDBLK_STRING)});
+  ASSERT_EQ(walk.run(), 0);
+  EXPECT_EQ(walk.consumed(), 3);
+  EXPECT_EQ(walk.remaining(), 4);
+}
+
+TEST(Walker, WithoutBytesNothingIsMade) {
+  Walk walk("", {field("s", 'A', 3, "", SDBLK_STRING)});
+  EXPECT_EQ(walk.run(), 0);
+  EXPECT_EQ(walk.array(), nullptr);
+}
+
+TEST(Walker, NegativeCountIsAFailure) {
+  Walk walk("-17", {field("n", 'D', 2, "", SDBLK_INT),
+                    counted(field("list", 'D', 1, "#", SDBLK_INT_ARRAY), "n")});
+  const LogCapture log;
+  EXPECT_EQ(walk.run(), -1);
+  EXPECT_TRUE(registered().starts_with("sdblk_unstuff_sblk: malloc(entry->ia=list,-4) error.\n"));
+}
+
+TEST(Walker, ManyFieldsKeepTheirKeys) {
+  // More keys than an array holds without its index.
+  std::vector<std::string> keys;
+  for (int i = 0; i < 100; ++i) keys.push_back("k" + std::to_string(i));
+  std::vector<SDBlkFieldDef> fields;
+  for (const std::string &key : keys) fields.push_back(field(key.c_str(), 'D', 2, "##", SDBLK_INT));
+  std::string bytes;
+  for (int i = 0; i < 100; ++i)
+    bytes += {static_cast<char>('0' + i / 10), static_cast<char>('0' + i % 10)};
+  Walk walk(bytes, fields);
+  ASSERT_EQ(walk.run(), 0);
+  EXPECT_EQ(countarr(walk.array()), 100);
+  for (int i = 0; i < 100; ++i)
+    EXPECT_EQ(integer_of(walk.array(), keys[static_cast<std::size_t>(i)].c_str()), i);
+}
+
+// ---- one field's bytes ----
+
+struct Cut {
+  std::string text;
+  std::ptrdiff_t consumed;
+  std::int32_t remaining;
+};
+
+Cut cut(char stype, std::int32_t width, std::string_view bytes) {
+  const SDBlkFieldDef def = field("k", stype, width, "", SDBLK_STRING);
+  const std::vector<char> exact(bytes.begin(), bytes.end());
+  const char *cursor = exact.data();
+  auto remaining = static_cast<std::int32_t>(exact.size());
+  std::array<char, 4096> text;
+  text.fill('#');
+  EXPECT_EQ(sdblk_parse_sentry(&def, &cursor, &remaining, text.data()), 0);
+  return {text.data(), cursor - exact.data(), remaining};
+}
+
+void expect_cut(const Cut &actual, std::string_view text, std::ptrdiff_t consumed,
+                std::int32_t remaining) {
+  EXPECT_EQ(actual.text, text);
+  EXPECT_EQ(actual.consumed, consumed);
+  EXPECT_EQ(actual.remaining, remaining);
+}
+
+TEST(ParseSentry, FixedTextIsTrimmed) {
+  for (const char stype : {'A', 'D', 'F'}) expect_cut(cut(stype, 5, " a b cd"), "a b", 5, 2);
+}
+
+TEST(ParseSentry, FixedTextIsCutByTheEnd) { expect_cut(cut('A', 9, " ab"), "ab", 3, 0); }
+
+TEST(ParseSentry, FixedTextEndsAtAZeroByte) { expect_cut(cut('A', 4, {"ab\0c", 4}), "ab", 4, 0); }
+
+TEST(ParseSentry, BinaryBytesAreNotTrimmed) { expect_cut(cut('B', 3, " a bc"), " a ", 3, 2); }
+
+TEST(ParseSentry, BinaryBytesAreCutByTheEnd) { expect_cut(cut('B', 4, "ab"), "ab", 2, 0); }
+
+TEST(ParseSentry, VariableTextTakesItsTerminator) {
+  expect_cut(cut('V', 2, " abc ~d"), "abc", 6, 1);
+}
+
+TEST(ParseSentry, VariableTextWithoutTerminatorTakesAll) {
+  expect_cut(cut('V', 2, "ab  "), "ab  ", 4, 0);
+}
+
+TEST(ParseSentry, OtherStorageTypesTakeNothing) {
+  expect_cut(cut('\0', 3, "abc"), "", 0, 3);
+  expect_cut(cut('Z', 3, "abc"), "", 0, 3);
+}
+
+// ---- no memory ----
+
+// Every piece an allocation of its own, so that each of them can be made to fail.
+class OnePieceEach {
+ public:
+  OnePieceEach() { Arena::one_piece_per_chunk = true; }
+  ~OnePieceEach() { Arena::one_piece_per_chunk = false; }
+  OnePieceEach(const OnePieceEach &) = delete;
+  OnePieceEach &operator=(const OnePieceEach &) = delete;
+};
+
+// The first lines of what each failing allocation registers, until none fails.
+std::set<std::string> messages_of_each_failure(std::string_view bytes,
+                                               const std::vector<SDBlkFieldDef> &fields) {
+  std::set<std::string> messages;
+  for (long n = 1;; ++n) {
+    Walk walk(bytes, fields);
+    LogCapture log;
+    const FailingMemory memory(n);
+    const int result = walk.run();
+    if (!FailingMemory::failed()) {
+      EXPECT_EQ(result, 0);
+      return messages;
+    }
+    EXPECT_EQ(result, -1) << "allocation " << n;
+    const std::string text = log.registered();
+    const std::size_t end = text.find('\n') + 1;
+    messages.insert(text.substr(0, end));
+    EXPECT_EQ(text.substr(end), "    Cannot allocate memory\n") << "allocation " << n;
+  }
+}
+
+TEST(WalkerMemory, EachFailureNamesFieldAndSize) {
+  const OnePieceEach pieces;
+  const std::array<SDBlkFieldDef, 1> inner = {field("in", 'A', 1, "", SDBLK_STRING)};
+  const std::vector<SDBlkFieldDef> fields = {
+      field("n", 'D', 1, "#", SDBLK_INT),
+      counted(field("ia", 'D', 1, "#", SDBLK_INT_ARRAY), "n"),
+      counted(field("da", 'D', 1, "#", SDBLK_DOUBLE_ARRAY), "n"),
+      counted(field("sa", 'V', 0, "", SDBLK_STRING_ARRAY), "n"),
+      counted(field("ra", 'D', 1, "#", SDBLK_REF_ARRAY), "n"),
+      group("ea", "n", inner),
+      field("s", 'A', 4, "", SDBLK_STRING)};
+  const std::set<std::string> messages =
+      messages_of_each_failure("3123456ab~c~~678xyzTEXT", fields);
+  const std::string start = "sdblk_unstuff_sblk: malloc(entry";
+  const std::string entry_size = std::to_string(sizeof(SDBlkEntry));
+  const std::set<std::string> expected = {
+      start + "->ia=ia,12) error.\n", start + "->da=da,24) error.\n",
+      start + "->sa=sa,24) error.\n", start + "->ra=ra,48) error.\n",
+      start + "->ea=ea,24) error.\n", start + "=s,5) error.\n",
+      start + "=in,2) error.\n",      start + "->sa=sa,3) error.\n",
+      start + "->sa=sa,2) error.\n",  start + "->sa=sa,1) error.\n"};
+  for (const std::string &message : expected) EXPECT_EQ(messages.count(message), 1U) << message;
+  // What is left is about entries.
+  std::set<std::string> entries;
+  for (const std::string &message : messages) {
+    if (expected.count(message) == 0) entries.insert(message);
+  }
+  EXPECT_EQ(entries.count(start + "=n," + entry_size + ") error.\n"), 1U);
+  EXPECT_EQ(entries.count(start + "=in," + entry_size + ") error.\n"), 1U);
+  for (const std::string &message : entries) {
+    EXPECT_TRUE(message.starts_with(start + "=") &&
+                message.ends_with("," + entry_size + ") error.\n"))
+        << message;
+  }
+}
+
+TEST(WalkerMemory, AbbreviationThatCannotBeCopiedIsReported) {
+  const OnePieceEach pieces;
+  bool copy_failed = false;
+  for (long n = 1;; ++n) {
+    BlockReader reader(one('A', unit(3)));
+    SDBlk *block = reader.next();
+    LogCapture log;
+    const FailingMemory memory(n);
+    const int result = sdblk_unstuffblk(block);
+    if (!FailingMemory::failed()) {
+      EXPECT_EQ(result, 0);
+      break;
+    }
+    EXPECT_EQ(result, -1) << "allocation " << n;
+    EXPECT_EQ(countarr(reader.vol()->abbrs), 0) << "allocation " << n;
+    const std::string text = log.registered();
+    if (text.find("sdblk_unstuff_sblk: sdblk_copy(abbr_ref) error.\n") != std::string::npos) {
+      copy_failed = true;
+    }
+    EXPECT_NE(text.find("sdblk_unstuffblk: sdblk_unstuff_blk error for B0034 at A:000001\n"),
+              std::string::npos);
+  }
+  EXPECT_TRUE(copy_failed);
+}
+
+TEST(WalkerMemory, FailedAbbreviationCanBeDecodedAgain) {
+  const OnePieceEach pieces;
+  for (long n = 1; n < 12; ++n) {
+    BlockReader reader(one('A', unit(3)));
+    SDBlk *block = reader.next();
+    const LogCapture log;
+    {
+      const FailingMemory memory(n);
+      EXPECT_EQ(sdblk_unstuffblk(block), -1) << "allocation " << n;
+    }
+    EXPECT_EQ(sdblk_unstuffblk(block), 0) << "allocation " << n;
+    EXPECT_NE(abbreviation(reader, "uid:3"), nullptr);
+  }
+}
+
+}  // namespace
