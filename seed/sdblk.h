@@ -1,40 +1,82 @@
 /* sdblk - reading SEED volumes block by block.
  *
  * A SEED volume (Standard for the Exchange of Earthquake Data, version 2.x) is a run of logical
- * records.  Control records (types V, A, S, T) hold blockettes of ASCII text; data records (D, R, Q,
- * M) hold a binary header, a chain of binary data blockettes and the samples.  This library walks a
- * volume one block at a time, where a block is either one control blockette or one whole data
- * record, decodes the block's fields by name, lists them, and can assemble whole stations.
+ * records.  Control records (types V, A, S, T) hold blockettes of ASCII text; data records (D, R,
+ * Q, M) hold a binary header, a chain of binary data blockettes and the samples.  This library
+ * walks a volume one block at a time, where a block is either one control blockette or one whole
+ * data record, decodes the block's fields by name, lists them, and can assemble whole stations.
  *
- * Reading a volume takes four calls:
+ * A whole program, which prints the code and latitude of each station:
  *
- *     SDBlkVol *vol = sdblk_new("dataless.seed", NULL, 0, 0);
- *     SDBlk *blk = NULL;
- *     while ((r = sdblk_parseblk(vol, &blk)) >= 0 && r != SDBLK_EOF) {
- *       if (sdblk_unstuffblk(blk) < 0) break;
- *       const char *sta; double lat;
- *       if (blk->blockette_type == 50 && sdblk_getv(blk->contents, "sta", &sta, "lat", &lat, NULL) == 0)
- *         printf("%s %f\n", sta, lat);
+ *     #include <stdio.h>
+ *
+ *     #include "seed/sdblk.h"
+ *
+ *     int main(void) {
+ *       SDBlkVol *vol = sdblk_new("dataless.seed", NULL, 0, 0);
+ *       if (vol == NULL) elog_die(0, "dataless.seed cannot be opened.\n");
+ *       SDBlk *blk = NULL;
+ *       int r;
+ *       while ((r = sdblk_parseblk(vol, &blk)) >= 0 && r != SDBLK_EOF) {
+ *         const char *sta;
+ *         double lat;
+ *         if (sdblk_unstuffblk(blk) < 0) elog_complain(0, "A block is damaged.\n");
+ *         if (blk->blockette_type == 50 &&
+ *             sdblk_getv(blk->contents, "sta", &sta, "lat", &lat, NULL) == 0) {
+ *           printf("%s %f\n", sta, lat);
+ *         }
+ *         if (blk->data_ptr == NULL && blk->blockette_length == 0) break;
+ *       }
+ *       if (r != SDBLK_EOF) elog_complain(0, "The volume cannot be read to its end.\n");
+ *       sdblk_free(blk);
+ *       sdblk_closevol(vol);
+ *       return 0;
  *     }
- *     sdblk_free(blk);
- *     sdblk_closevol(vol);
  *
- * A blockette whose length field is 0 is handed out without moving on: a program that loops as
- * above must stop at one (blk->blockette_type != 99 && blk->blockette_length == 0).
+ * A blockette whose length field is 0 is handed out without moving on, again and again; that is why
+ * the loop stops at one.  The folder examples holds two longer programs, one on stations and one on
+ * data records.  CMake finds the library as tarvik::sdblk of the package tarvik, pkg-config as
+ * sdblk.
+ *
+ * Beside this header: support/elog.h has the messages, support/tbl.h and support/arr.h the lists
+ * and arrays that stand in the records here, support/epoch.h turns times into text and back, and
+ * seed/getv.h is for C++.
+ *
+ * Names of fields.  A program asks for a field by its key.  The catalogue below has the keys of
+ * every blockette, and `tarvik -vv FILE` lists a volume with them.  Fields stand in the order of
+ * the SEED manual, without those that head each blockette: the first field of a blockette is the
+ * manual's field 3 (blockettes [50] and [52] begin with "sta" and "loc"), that of the data records'
+ * fixed section its field 4 ("sta").  Those most asked for:
+ *
+ *     station, [50]        sta lat lon elev name time endtime net
+ *     channel, [52]        loc chan azimuth dip samprate time endtime
+ *     unit, comment, ...   the block that a code refers to: "*sunits" of [52] is its [34], whose
+ *                          "name" is the unit
+ *     data record          sta loc chan net time nsamp srate_factor srate_multiplier
+ *     behind its header    type 1000: format, order, dlenp; type 100: samprate; see SDBlk.next
  *
  * Results and messages.  Functions return 0 (or a count) on success and -1 (or NULL) on failure,
- * after registering one message with elog_log (support/elog.h); elog_complain writes what is
- * registered, elog_clear_register drops it.  Three kinds of faults end the program through elog_die,
- * which an embedding program can replace (elog_set_die): a text longer than the fixed buffer that
- * must take it, non-digits in a decimal integer field of a blockette, and a catalogue out of range.
+ * after registering one message or more with elog_log; elog_complain writes what is registered,
+ * elog_clear_register drops it.  Three kinds of faults end the program through elog_die, which an
+ * embedding program can replace (elog_set_die): a text longer than the fixed buffer that must take
+ * it, non-digits in a decimal integer field of a blockette, and a catalogue out of range.  Where
+ * the replacement leaves the call by longjmp or an exception, the block, the volume and the station
+ * at hand hold what they held when the fault was met, and are released as always.  The log goes to
+ * standard error, or where elog_set_sink says.
  *
  * Times are seconds since 1970-01-01T00:00:00 UTC, without leap seconds, as doubles.  A time field
  * that is empty holds SDBLK_NO_TIME.
  *
  * Lifetimes.  What sdblk_getv hands out is borrowed from the block and lives until the block is
- * cleared, freed, decoded again, or refilled by sdblk_parseblk.  data_ptr points into the volume's
- * image and lives as long as the volume.  Blocks do not keep their volume alive: release every block
- * before its volume, and keep the block that sdblk_parseblk filled last until reading is done.
+ * cleared, freed, decoded again, or refilled by sdblk_parseblk; sdblk_copy makes a copy that stays.
+ * data_ptr points into the volume's image and lives as long as the volume.  So do the abbreviation
+ * blocks that fields refer to, also those of copies and of stations: texts and numbers of a copy
+ * outlive its volume, but after that its references must not be followed, and it must not be listed
+ * (sdblk_printblk follows them).  Decode a block before the next one is cut: a data record is
+ * decoded with the volume's record length, and an abbreviation goes into the dictionary as a copy
+ * of the block cut last (SDBlkVol.current).  Blocks do not keep their volume alive: release every
+ * block before its volume, and keep the block that sdblk_parseblk filled last until reading is
+ * done.
  *
  * One thread at a time.  Nothing is locked; the first volume must be opened before anything is
  * decoded.
@@ -72,7 +114,7 @@ enum {
   SDBLK_INT_ARRAY = -5,    /* value.ia: count integers */
   SDBLK_DOUBLE_ARRAY = -6, /* value.da: count real numbers */
   SDBLK_STRING_ARRAY = -7, /* value.sa: count texts */
-  SDBLK_GROUP_ARRAY = -8,  /* value.ea: count entry arrays, one per repetition of a group of fields */
+  SDBLK_GROUP_ARRAY = -8,  /* value.ea: count entry arrays, one per repetition of a field group */
   SDBLK_REF_ARRAY = -9     /* value.ra: count references to abbreviation blockettes */
 };
 
@@ -147,7 +189,7 @@ struct SDBlkAbbrRef {
  * that holds them and go with it; one that a program makes by hand (pooled 0, the entry and what it
  * holds from malloc) is released by free_sdblk_entry. */
 struct SDBlkEntry {
-  const SDBlkFieldDef *def; /* the field's definition, whose kind says which member of value holds */
+  const SDBlkFieldDef *def; /* the field's definition; its kind says which member of value holds */
   SDBlk *ref;               /* the abbreviation that an integer refers to, or NULL; not owned */
   int32_t count;            /* 1 for a single value; the number of elements of an array kind */
   union {
@@ -164,8 +206,9 @@ struct SDBlkEntry {
 };
 
 /* Reads decoded fields by name.  contents is a block's contents, one element of a group's value.ea,
- * or the contents of a referenced abbreviation block; it may be NULL.  Then follow pairs of a key and
- * the address of a result, and a NULL key at the end.  The result's type follows the field's kind:
+ * or the contents of a referenced abbreviation block; it may be NULL.  Then follow pairs of a key
+ * and the address of a result, and a NULL key at the end.  The result's type follows the field's
+ * kind:
  *
  *     SDBLK_INT, SDBLK_ABBR_KEY  int32_t *         SDBLK_DOUBLE_ARRAY  double **
  *       the same with "*key"     SDBlk **          SDBLK_STRING_ARRAY  char ***
@@ -173,11 +216,11 @@ struct SDBlkEntry {
  *     SDBLK_STRING               char **           SDBLK_REF_ARRAY     SDBlkAbbrRef **
  *
  * "*key" gives the abbreviation block that the integer refers to, or NULL.  The number of elements
- * of an array is the value of its count field ("nstages" with "stages").  A SDBLK_INT_ARRAY is found
- * but not stored.  Returns 0, or -1 at the first key that is missing, with
- * "sdblk_getv: entry '%s' not defined.\n" registered; results before it are stored, later ones are
- * not.  A key has at most 511 characters.  C++ programs may prefer sdblk::get in seed/getv.h, which
- * checks the types of its arguments. */
+ * of an array is the value of its count field ("nstages" with "stages").  A SDBLK_INT_ARRAY is
+ * found but not stored.  Returns 0, or -1 at the first key that is missing, with "sdblk_getv: entry
+ * '%s' not defined.\n" registered; results before it are stored, later ones are not.  A key has at
+ * most 511 characters.  C++ programs may prefer sdblk::get in seed/getv.h, which checks the types
+ * of its arguments. */
 SDBLK_API int sdblk_getv(const Arr *contents, ...) SDBLK_SENTINEL;
 
 /* Releases one entry made by hand and what it owns; does nothing for a pooled entry or NULL.  The
@@ -185,8 +228,8 @@ SDBLK_API int sdblk_getv(const Arr *contents, ...) SDBLK_SENTINEL;
 SDBLK_API void free_sdblk_entry(void *entry);
 
 /* A deep copy of an entry array, to be released with freearr(copy, free_sdblk_entry); a NULL array
- * gives an empty one.  Referenced abbreviation blocks are shared, not copied.  NULL when memory runs
- * out, with a message that names the field and the member. */
+ * gives an empty one.  Referenced abbreviation blocks are shared, not copied.  NULL when memory
+ * runs out, with a message that names the field and the member. */
 SDBLK_API Arr *sdblk_copy_entry_arr(const Arr *entries);
 
 /* ---- Blocks ---------------------------------------------------------------------------------- */
@@ -212,8 +255,9 @@ struct SDBlk {
                                copy without the 0; else NULL.  Owned by the block */
   const SDBlkDef *blkdef;   /* definition, or NULL for a type that the catalogue does not know */
   Arr *contents;            /* decoded fields: key -> SDBlkEntry; empty until decoded */
-  SDBlk *next;              /* data record: the next blockette of its chain; in a copy, shared with
-                               the original and not owned */
+  SDBlk *next;              /* data record, decoded: the first blockette behind its header, then the
+                               next one of the chain, or NULL; in a copy, shared with the original
+                               and not owned */
   SDBlkVol *vol;            /* the volume that the block came from; not owned */
   SDBlkStorage *storage;    /* the library's own; leave alone */
 };
@@ -226,8 +270,8 @@ SDBLK_API SDBlk *sdblk_copy(const SDBlk *block);
  * kept for the next use.  NULL does nothing. */
 SDBLK_API void sdblk_clear(SDBlk *block);
 
-/* Releases a block (an SDBlk) with all that it owns.  NULL does nothing.  Takes void * so that it can
- * be handed to freetbl and freearr as it is. */
+/* Releases a block (an SDBlk) with all that it owns.  NULL does nothing.  Takes void * so that it
+ * can be handed to freetbl and freearr as it is. */
 SDBLK_API void sdblk_free(void *block);
 
 /* Releases one block as sdblk_free does, but leaves the blocks chained behind it alone. */
@@ -250,7 +294,7 @@ struct SDBlkVol {
   char record_type;         /* its type letter (header byte 7) */
   char continuation;        /* its continuation flag (header byte 8) */
   int32_t nblocks;          /* blocks handed out so far */
-  SDBlk *current;           /* the control block cut last; not owned */
+  SDBlk *current;           /* the program's block, cut last as a control block; not owned */
   Arr *abbrs;               /* abbreviation dictionary: "uid:3" -> SDBlk copy of the blockette */
   /* The library's own: */
   int32_t fd;         /* descriptor of the mapped file, or -1 */
@@ -258,10 +302,13 @@ struct SDBlkVol {
 };
 
 /* Opens a volume: the file called filename, mapped read-only, or, when filename is NULL, the nbytes
- * bytes at buffer, which must outlive the volume and are not changed.  logical_length is the logical
- * record length to try first, in bytes; below 1 means 4096.  Returns the volume, or NULL with a
- * message registered: the file cannot be examined, opened or mapped, is no regular file, or has fewer
- * than 10 bytes; or memory ran out. */
+ * bytes at buffer, which must outlive the volume and are not changed.  logical_length is the
+ * logical record length to try first, in bytes; below 1 means 4096.  Lengths are then found from
+ * the headers of the records (SEED manual, "Logical records"), but a record that would reach the
+ * end of the volume ends there: a volume that is no longer than logical_length in all reads as one
+ * record.  Pass 512, say, for small files of data records.  Returns the volume, or NULL with a
+ * message registered: the file cannot be examined, opened or mapped, is no regular file, or has
+ * fewer than 10 bytes; or memory ran out. */
 SDBLK_API SDBlkVol *sdblk_new(const char *filename, const char *buffer, int32_t nbytes,
                               int32_t logical_length);
 
@@ -275,20 +322,23 @@ SDBLK_API void sdblk_freevol(SDBlkVol *vol);
 SDBLK_API void sdblk_closevol(SDBlkVol *vol);
 
 /* Cuts the next block out of the volume.  *blkp is NULL before the first call, which allocates the
- * block; later calls clear and refill it.  Returns the blockette length of a control blockette (0 or
- * more; see the note on length 0 above), 0 for a data record, SDBLK_EOF at the end of the volume, -1
- * on a damaged volume or when memory runs out, with a message registered; there is no way to read on
- * then.  A control blockette that runs on into the next record comes whole.  Blockettes 5, 8 and 10
- * come decoded, for the record length that they hold; others have empty contents. */
+ * block; later calls clear and refill it.  Returns the blockette length of a control blockette (0
+ * or more; see the note on length 0 above), 0 for a data record, SDBLK_EOF at the end of the
+ * volume, -1 on a damaged volume or when memory runs out, with a message registered; there is no
+ * way to read on then.  The block must be freed also after SDBLK_EOF and -1, but what it holds then
+ * is of no use.  A control blockette that runs on into the next record comes whole.  Blockettes 5,
+ * 8 and 10 come decoded, for the record length that they hold ("llenp", [10] field 4); others have
+ * empty contents. */
 SDBLK_API int sdblk_parseblk(SDBlkVol *vol, SDBlk **blkp);
 
 /* ---- Decoding -------------------------------------------------------------------------------- */
 
-/* Decodes the fields of a block into its contents: a control blockette field by field, a data record
- * with its whole chain of data blockettes.  An abbreviation blockette (30 to 35, 41 to 48) is also
- * copied into the volume's dictionary, once: the same code again is refused.  Returns 0, also when
- * the data ends early (the fields behind it are absent), or -1 with messages registered; what was
- * decoded before the fault stays.  Decoding a block again replaces its fields. */
+/* Decodes the fields of a block into its contents: a control blockette field by field, a data
+ * record with its whole chain of data blockettes.  An abbreviation blockette (30 to 35, 41 to 48)
+ * is also copied into the volume's dictionary, once: the same code again is refused.  Returns 0,
+ * also when the data ends early (the fields behind it are absent) and for a blockette that the
+ * catalogue does not know (it has no fields), or -1 with messages registered; what was decoded
+ * before the fault stays.  Decoding a block again replaces its fields. */
 SDBLK_API int sdblk_unstuffblk(SDBlk *block);
 
 /* The two halves of sdblk_unstuffblk: a control blockette, and a data record.  The decoded data
@@ -306,22 +356,22 @@ SDBLK_API int sdblk_unstuff_sblk(Arr **arrays, const char **cursor, int32_t *rem
                                  int32_t nfields, const SDBlkFieldDef *fields);
 
 /* Cuts one field's bytes into text (4096 bytes), ended by a 0, and advances.  Returns 0. */
-SDBLK_API int sdblk_parse_sentry(const SDBlkFieldDef *field, const char **cursor, int32_t *remaining,
-                                 char *text);
+SDBLK_API int sdblk_parse_sentry(const SDBlkFieldDef *field, const char **cursor,
+                                 int32_t *remaining, char *text);
 
-/* Scanners of fixed-width and variable ASCII fields.  text need not end in a 0 byte, but one ends it.
+/* Scanners of fixed-width and variable ASCII fields.  text need not end in a 0 byte, but one ends
+ * it.
  *
  * scan_int: up to width (at most 80) characters as a decimal integer, as strtol reads it, cut to 32
- * bits; blank is 0.  With a format, every non-digit under a "#" counts as "0"; returns how many there
- * were (0 without a format), or -1 with a message registered when there is no number.
+ * bits; blank is 0.  With a format, every non-digit under a "#" counts as "0"; returns how many
+ * there were (0 without a format), or -1 with a message registered when there is no number.
  * scan_double: up to width (at most 80) characters as strtod reads them in the "C" locale; blank is
  * 0.  Returns 0, or -1 with a message registered.
- * scan_time: a SEED time ("YYYY,DDD,HH:MM:SS.FFFF", shorter forms too), ended by a 0 byte; empty gives
- * SDBLK_NO_TIME.  Returns 0.
- * scan_str: up to width (at most 16383) characters without white space at both ends, to result
- * (width + 1 bytes).  Returns 0.
- * scan_var_str: text up to a "~", at most limit characters, without white space at both ends, to
- * result (limit + 1 bytes).  Returns the number of characters consumed, the "~" included. */
+ * scan_time: a SEED time ("YYYY,DDD,HH:MM:SS.FFFF", shorter forms too), ended by a 0 byte; empty
+ * gives SDBLK_NO_TIME.  Returns 0. scan_str: up to width (at most 16383) characters without white
+ * space at both ends, to result (width + 1 bytes).  Returns 0. scan_var_str: text up to a "~", at
+ * most limit characters, without white space at both ends, to result (limit + 1 bytes).  Returns
+ * the number of characters consumed, the "~" included. */
 SDBLK_API int scan_int(const char *text, const char *format, int64_t width, int32_t *result);
 SDBLK_API int scan_double(const char *text, int64_t width, double *result);
 SDBLK_API int scan_time(const char *text, double *result);
@@ -331,13 +381,13 @@ SDBLK_API int64_t scan_var_str(const char *text, int64_t limit, char *result);
 /* ---- Listing --------------------------------------------------------------------------------- */
 
 /* Lists a decoded block through elog_notify, every line behind prefix: a header line at level 0;
- * header, raw bytes, fields, referenced abbreviations and chained data blockettes at any other level.
- * Returns 0. */
+ * header, raw bytes, fields, referenced abbreviations and chained data blockettes at any other
+ * level. Returns 0. */
 SDBLK_API int sdblk_printblk(const SDBlk *block, const char *prefix, int32_t level);
 
 /* Lists the fields of count entry arrays.  Returns 0. */
-SDBLK_API int sdblk_print_sblk(Arr *const *arrays, int64_t count, const char *prefix, int64_t nfields,
-                               const SDBlkFieldDef *fields);
+SDBLK_API int sdblk_print_sblk(Arr *const *arrays, int64_t count, const char *prefix,
+                               int64_t nfields, const SDBlkFieldDef *fields);
 
 /* Lists length bytes as rows of 64 characters.  Returns 0. */
 SDBLK_API int sdblk_printbuf(const char *prefix, const char *bytes, int64_t length);
@@ -346,8 +396,8 @@ SDBLK_API int sdblk_printbuf(const char *prefix, const char *bytes, int64_t leng
 
 /* One epoch of a channel. */
 typedef struct SDBlkChanSpan {
-  double time;     /* start of the epoch (blockette 52, "time") */
-  double endtime;  /* its end, SDBLK_NO_TIME when open */
+  double time;     /* its start, epoch seconds (blockette 52, "time") */
+  double endtime;  /* its end, epoch seconds; SDBLK_NO_TIME when open */
   SDBlk *chan_blk; /* the blockette 52 */
   Tbl *resp_blks;  /* SDBlk *: its responses (53 to 58, 60 to 62), in volume order */
 } SDBlkChanSpan;
@@ -360,7 +410,8 @@ typedef struct SDBlkChan {
   Tbl *comment_blks; /* SDBlk *: its comments (blockettes 59) */
 } SDBlkChan;
 
-/* One station.  It owns its lists and all that is in them. */
+/* One station.  It owns its lists and all that is in them.  They stay as they are until the buffer
+ * is fed the block that starts the next station, or is released. */
 typedef struct SDBlkSta {
   char net[4];             /* network code */
   char sta[16];            /* station code */
@@ -372,19 +423,26 @@ typedef struct SDBlkSta {
   SDBlkChan *current_chan; /* channel of the epoch opened last; not owned */
 } SDBlkSta;
 
-/* Feeds one decoded control block to the station buffer *stap (NULL before the first call).  Every
- * blockette that is taken is copied.  accept and reject are lists of POSIX extended regular
- * expressions on "NET_STA_CHA" or "NET_STA_CHA_LO", or NULL; a channel is wanted when one of accept
- * matches and none of reject.  start and end bound the epochs wanted, both 0.0 meaning all.  With a
- * verbosity above 0 what is taken is listed (sdblk_printblk, level verbosity).
+/* Feeds one decoded control block to the station buffer *stap, NULL before the first call.  Every
+ * blockette that is taken is copied, so that the program's block can be refilled.
  *
- * Feed every control block of the volume in order.  Returns
+ * accept and reject choose channels: lists of POSIX extended regular expressions (newtbl, then
+ * settbl(list, -1, pattern) for each; the program keeps and releases lists and patterns), searched
+ * in "NET_STA_CHA_LO", or "NET_STA_CHA" when the location code is empty.  A channel is wanted when
+ * at least one of accept matches and none of reject; NULL accepts all and rejects none.  start and
+ * end, in epoch seconds, choose stations, channel epochs and comments: those that begin at end or
+ * before and end at start or behind it.  Both 0.0 mean all.  With a verbosity above 0 what is taken
+ * is listed (sdblk_printblk, level verbosity), a station with each of its channels that is new.
+ *
+ * Feed every control block of the volume in order, and no data records.  Returns
  *    1  the block was taken;
  *    0  it is not wanted, nothing changed;
  *    2  the station in the buffer is complete and the block was not taken: use the station, then
- *       feed the same block again;
- *   -1  failure, with a message registered.
- * At the end of the volume a station whose state is not 0 is complete too. */
+ *       feed the same block again, which may empty the buffer and start the next station;
+ *   -1  failure, with a message registered: a field is missing, a pattern is no valid expression,
+ * or memory ran out; what was collected so far stays in the buffer. A code that does not fit its
+ * member of the records above ends the program.  At the end of the volume a station whose state is
+ * not 0 is complete too. */
 SDBLK_API int sdblk_setup_stabuf(const SDBlk *block, SDBlkSta **stap, Tbl *accept, Tbl *reject,
                                  int32_t verbosity, double start, double end);
 

@@ -1,13 +1,13 @@
 // The station buffer: whole stations, assembled from the control blockettes of a volume.
 #include <array>
 #include <cstring>
+#include <initializer_list>
 #include <string_view>
 
 #include "seed/getv.h"
 #include "seed/sdblk.h"
 #include "support/arr_impl.h"
 #include "support/bounded.h"
-#include "support/line.h"
 #include "support/memory.h"
 
 namespace {
@@ -57,18 +57,18 @@ void copy_code(char (&member)[Size], const char *code) {
 
 // The texts joined by "_".
 template <std::size_t Size>
-Text<Size> joined(std::initializer_list<const char *> texts) {
+Text<Size> joined(std::initializer_list<std::string_view> texts) {
+  std::size_t size = texts.size() - 1;
+  for (const std::string_view text : texts) size += text.size();
+  require_fit(kFunction, size, Size);
   Text<Size> key;
-  std::size_t used = 0;
-  for (const char *text : texts) {
-    const std::size_t size = std::strlen(text);
-    const std::size_t separator = used > 0 || text != *texts.begin() ? 1 : 0;
-    require_fit(kFunction, used + separator + size, Size);
-    if (separator != 0) key[used++] = '_';
-    std::memcpy(&key[used], text, size);
-    used += size;
+  char *end = key.data();
+  for (const std::string_view text : texts) {
+    std::memcpy(end, text.data(), text.size());
+    end += text.size();
+    *end++ = '_';
   }
-  key[used] = '\0';
+  end[-1] = '\0';
   return key;
 }
 
@@ -81,9 +81,12 @@ Text<64> channel_key(const char *chan, const char *loc) {
 }
 
 Text<128> filter_key(const SDBlkSta &station, const char *chan, const char *loc) {
-  if (loc == nullptr || loc[0] == '\0') return joined<128>({station.net, station.sta, chan});
+  if (loc[0] == '\0') return joined<128>({station.net, station.sta, chan});
   return joined<128>({station.net, station.sta, chan, loc});
 }
+
+// A code of a block that a program made by hand may be null.
+const char *or_empty(const char *code) { return code == nullptr ? "" : code; }
 
 // ---- allocation ----
 
@@ -98,13 +101,21 @@ Record *new_record(const char *name) {
   return record;
 }
 
-Result fail_memory(const char *what) {
-  elog_log(1, "sdblk_setup_stabuf: malloc(%s) error.\n", what);
+// Memory for a list or for its growth.
+Result fail_list(const char *call, const char *list) {
+  elog_log(1, "sdblk_setup_stabuf: %s(%s) error.\n", call, list);
   return kFailed;
 }
 
-// Appends a copy of the block to a list of the station.
-Result keep_copy(const SDBlk &block, Tbl *list) {
+// A new list, or nullptr with a message that names it.
+Tbl *new_list(const char *name) {
+  Tbl *list = newtbl();
+  if (list == nullptr) fail_list("newtbl", name);
+  return list;
+}
+
+// Appends a copy of the block to a list of the station; name is for the message.
+Result keep_copy(const SDBlk &block, Tbl *list, const char *name) {
   SDBlk *copy = sdblk_copy(&block);
   if (copy == nullptr) {
     elog_log(0, "sdblk_setup_stabuf: sdblk_copy(B%4.4d) error.\n", block.blockette_type);
@@ -112,7 +123,7 @@ Result keep_copy(const SDBlk &block, Tbl *list) {
   }
   if (settbl(list, -1, copy) >= 0) return kTaken;
   sdblk_free(copy);
-  return fail_memory("list");
+  return fail_list("settbl", name);
 }
 
 // ---- stations ----
@@ -125,13 +136,14 @@ void release_contents(SDBlkSta *station) {
 }
 
 struct StationCode {
-  char *net;
-  char *sta;
+  const char *net;
+  const char *sta;
 };
 
 bool read_station(const SDBlk &block, StationCode *code, Epoch *epoch) {
   if (sdblk::get(block.contents, "sta", &code->sta, "net", &code->net, "time", &epoch->time,
                  "endtime", &epoch->endtime) == 0) {
+    *code = {or_empty(code->net), or_empty(code->sta)};
     return true;
   }
   elog_log(0, "sdblk_setup_stabuf: sdblk_getv(B0050,net,sta) error.\n");
@@ -149,15 +161,12 @@ bool prepare_station(SDBlkSta **stap, const StationCode &code) {
   SDBlkSta *station = *stap;
   copy_code(station->net, code.net);
   copy_code(station->sta, code.sta);
-  station->station_blks = newtbl();
-  station->comment_blks = newtbl();
+  station->station_blks = new_list("station_blks");
+  station->comment_blks = new_list("comment_blks");
   station->chans = newarr();
-  if (station->station_blks != nullptr && station->comment_blks != nullptr &&
-      station->chans != nullptr) {
-    return true;
-  }
-  fail_memory("station lists");
-  return false;
+  if (station->chans == nullptr) fail_list("newarr", "chans");
+  return station->station_blks != nullptr && station->comment_blks != nullptr &&
+         station->chans != nullptr;
 }
 
 Result begin_station(const Call &call, SDBlkSta **stap) {
@@ -167,7 +176,7 @@ Result begin_station(const Call &call, SDBlkSta **stap) {
   if (!read_station(call.block, &code, &epoch)) return kFailed;
   if (!call.wants(epoch)) return kRefused;
   if (!prepare_station(stap, code)) return kFailed;
-  const Result result = keep_copy(call.block, (*stap)->station_blks);
+  const Result result = keep_copy(call.block, (*stap)->station_blks, "station_blks");
   if (result == kTaken) (*stap)->state = kStarted;
   return result;
 }
@@ -185,7 +194,7 @@ Result add_station_epoch(const Call &call, SDBlkSta *station) {
   if (std::strcmp(code.net, station->net) != 0 || std::strcmp(code.sta, station->sta) != 0) {
     return complete_station(station);
   }
-  return keep_copy(call.block, station->station_blks);
+  return keep_copy(call.block, station->station_blks, "station_blks");
 }
 
 // A comment of the station (blockette 51) or of a channel (59).
@@ -198,14 +207,14 @@ Result add_comment(const Call &call, Tbl *comments, bool listed) {
   }
   if (!call.wants(epoch)) return kRefused;
   if (listed) call.list(call.block);
-  return keep_copy(call.block, comments);
+  return keep_copy(call.block, comments, "comment_blks");
 }
 
 // ---- channels ----
 
 struct ChannelCode {
-  char *chan;
-  char *loc;
+  const char *chan;
+  const char *loc;
 };
 
 // Number of patterns of a list that match, or -1 with a message that names the list.
@@ -234,18 +243,21 @@ Result filter_channel(const Call &call, const char *key) {
 }
 
 void list_blocks(const Call &call, const Tbl *blocks) {
-  for (long i = 0; i < counttbl(blocks); ++i) call.list(*static_cast<const SDBlk *>(gettbl(blocks, i)));
+  for (long i = 0; i < counttbl(blocks); ++i)
+    call.list(*static_cast<const SDBlk *>(gettbl(blocks, i)));
 }
 
+// A code that does not fit ends the call while there is nothing to release yet.
 SDBlkChan *new_channel(const ChannelCode &code) {
+  SDBlkChan filled = {};
+  copy_code(filled.chan, code.chan);
+  copy_code(filled.loc, code.loc);
   auto *channel = new_record<SDBlkChan>("SDBlkChan");
   if (channel == nullptr) return nullptr;
-  copy_code(channel->chan, code.chan);
-  copy_code(channel->loc, code.loc);
-  channel->spans = newtbl();
-  channel->comment_blks = newtbl();
+  *channel = filled;
+  channel->spans = new_list("spans");
+  channel->comment_blks = new_list("comment_blks");
   if (channel->spans != nullptr && channel->comment_blks != nullptr) return channel;
-  fail_memory("channel lists");
   free_chan(channel);
   return nullptr;
 }
@@ -259,7 +271,7 @@ SDBlkChan *find_channel(const Call &call, SDBlkSta *station, const ChannelCode &
   if (channel == nullptr) return nullptr;
   void *nothing = nullptr;
   if (!arr_set(station->chans, key.data(), channel, &nothing)) {
-    fail_memory("channel key");
+    fail_list("setarr", "chans");
     free_chan(channel);
     return nullptr;
   }
@@ -280,9 +292,8 @@ SDBlkChanSpan *new_span(const SDBlk &block, const Epoch &epoch) {
     free_span(span);
     return nullptr;
   }
-  span->resp_blks = newtbl();
+  span->resp_blks = new_list("resp_blks");
   if (span->resp_blks != nullptr) return span;
-  fail_memory("responses");
   free_span(span);
   return nullptr;
 }
@@ -296,6 +307,7 @@ Result begin_channel(const Call &call, SDBlkSta *station) {
     elog_log(0, "sdblk_setup_stabuf: sdblk_getv(B0052,chan,loc) error.\n");
     return kFailed;
   }
+  code = {or_empty(code.chan), or_empty(code.loc)};
   if (!call.wants(epoch)) return kRefused;
   const Result filtered = filter_channel(call, filter_key(*station, code.chan, code.loc).data());
   if (filtered != kTaken) return filtered;
@@ -306,7 +318,7 @@ Result begin_channel(const Call &call, SDBlkSta *station) {
   if (span == nullptr) return kFailed;
   if (settbl(channel->spans, -1, span) < 0) {
     free_span(span);
-    return fail_memory("epoch");
+    return fail_list("settbl", "spans");
   }
   station->state = kInEpoch;
   station->current_resps = span->resp_blks;
@@ -343,7 +355,7 @@ Result in_epoch(const Call &call, SDBlkSta *station) {
   if (type == 59) return add_comment(call, station->current_chan->comment_blks, true);
   if (!is_response(type)) return complete_station(station);
   call.list(call.block);
-  return keep_copy(call.block, station->current_resps);
+  return keep_copy(call.block, station->current_resps, "resp_blks");
 }
 
 }  // namespace
@@ -351,8 +363,8 @@ Result in_epoch(const Call &call, SDBlkSta *station) {
 int sdblk_setup_stabuf(const SDBlk *block, SDBlkSta **stap, Tbl *accept, Tbl *reject,
                        std::int32_t verbosity, double start, double end) {
   const bool all = start == 0.0 && end == 0.0;
-  const Call call = {*block, accept,    reject, verbosity, all ? -kForever : start,
-                     all ? kForever : end};
+  const Call call = {
+      *block, accept, reject, verbosity, all ? -kForever : start, all ? kForever : end};
   switch (*stap == nullptr ? kNone : (*stap)->state) {
     case kNone: return begin_station(call, stap);
     case kStarted: return in_started(call, *stap);
