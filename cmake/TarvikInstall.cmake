@@ -1,41 +1,61 @@
 # What `cmake --install` puts where, and the two ways for other projects to find it: a CMake package
 # (find_package(tarvik), target tarvik::sdblk) and a pkg-config file (sdblk.pc).
+#
+# Components, each a package of its own (cmake/TarvikPackage.cmake): command, library (the shared one)
+# and dev.
 include(CMakePackageConfigHelpers)
+
+set(TARVIK_BASH_COMPLETION_DIR "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" CACHE STRING
+    "Where bash looks for completions, below the prefix")
+set(TARVIK_ZSH_COMPLETION_DIR "${CMAKE_INSTALL_DATADIR}/zsh/site-functions" CACHE STRING
+    "Where zsh looks for completions, below the prefix")
 
 set(libraries sdblk)
 if(TARGET sdblk_shared)
   list(APPEND libraries sdblk_shared)
 endif()
 if(TARGET tarvik)
-  install(TARGETS tarvik)
+  install(TARGETS tarvik RUNTIME COMPONENT command)
 endif()
-install(TARGETS ${libraries} EXPORT tarvik)
+install(
+  TARGETS ${libraries}
+  EXPORT tarvik
+  LIBRARY COMPONENT library NAMELINK_COMPONENT dev
+  ARCHIVE COMPONENT dev
+)
 
-# Headers keep their folders, as the sources include them by full path.
+# The public headers: what sdblk.h includes, getv.h for C++, and what a program needs beside them.
+# They keep their folders, as the sources include them by full path.
 set(headers_seed seed/getv.h seed/sdblk.h)
 set(headers_support
     support/announce.h
     support/api.h
     support/arr.h
-    support/byteorder.h
     support/elog.h
     support/epoch.h
     support/exec.h
     support/tbl.h
-    support/text.h
 )
 foreach(folder IN ITEMS seed support)
   tarvik_existing(headers ${headers_${folder}})
-  install(FILES ${headers} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/tarvik/${folder}")
+  install(FILES ${headers} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/tarvik/${folder}" COMPONENT dev)
 endforeach()
 
-tarvik_existing(pages1 man/tarvik.1)
-tarvik_existing(pages3 man/sdblk.3)
-install(FILES ${pages1} DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
-install(FILES ${pages3} DESTINATION "${CMAKE_INSTALL_MANDIR}/man3")
+install(FILES man/tarvik.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT command)
+install(FILES man/sdblk.3 DESTINATION "${CMAKE_INSTALL_MANDIR}/man3" COMPONENT dev)
+install(FILES completions/tarvik.bash DESTINATION "${TARVIK_BASH_COMPLETION_DIR}"
+        RENAME tarvik COMPONENT command
+)
+install(FILES completions/_tarvik DESTINATION "${TARVIK_ZSH_COMPLETION_DIR}" COMPONENT command)
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/tarvik")
-install(EXPORT tarvik NAMESPACE tarvik:: FILE tarvikTargets.cmake DESTINATION "${package_dir}")
+install(
+  EXPORT tarvik
+  NAMESPACE tarvik::
+  FILE tarvikTargets.cmake
+  DESTINATION "${package_dir}"
+  COMPONENT dev
+)
 configure_package_config_file(
   cmake/tarvikConfig.cmake.in "${PROJECT_BINARY_DIR}/tarvikConfig.cmake"
   INSTALL_DESTINATION "${package_dir}"
@@ -45,8 +65,28 @@ write_basic_package_version_file(
   "${PROJECT_BINARY_DIR}/tarvikConfigVersion.cmake" COMPATIBILITY SameMinorVersion
 )
 install(FILES "${PROJECT_BINARY_DIR}/tarvikConfig.cmake"
-              "${PROJECT_BINARY_DIR}/tarvikConfigVersion.cmake" DESTINATION "${package_dir}"
+              "${PROJECT_BINARY_DIR}/tarvikConfigVersion.cmake"
+        DESTINATION "${package_dir}" COMPONENT dev
 )
 
+# The file finds its prefix from where it lies, so an installed copy can be moved as a whole.
+file(RELATIVE_PATH pc_to_prefix "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
+string(REGEX REPLACE "/$" "" pc_to_prefix "${pc_to_prefix}")
+set(pc_libdir "\${prefix}/${CMAKE_INSTALL_LIBDIR}")
+set(pc_includedir "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
+foreach(dir IN ITEMS LIBDIR INCLUDEDIR)
+  if(IS_ABSOLUTE "${CMAKE_INSTALL_${dir}}")
+    string(TOLOWER "pc_${dir}" variable)
+    set(${variable} "${CMAKE_INSTALL_${dir}}")
+  endif()
+endforeach()
+# The static library alone leaves it to its user to link the C++ runtime.
+set(pc_runtime "-lstdc++ -lm")
+set(pc_libs "-lsdblk ${pc_runtime}")
+if(BUILD_SHARED_LIBS OR TARVIK_SHARED)
+  set(pc_libs "-lsdblk")
+endif()
 configure_file(cmake/sdblk.pc.in "${PROJECT_BINARY_DIR}/sdblk.pc" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/sdblk.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+install(FILES "${PROJECT_BINARY_DIR}/sdblk.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
+        COMPONENT dev
+)

@@ -2,6 +2,9 @@
 #
 #   SOURCE_DIR  the project's root     OUTPUT   the header
 #   GIT         git, or empty          DEFAULT  the identifier of a tree that is no git checkout
+#
+# A source archive records the identifier in the file BUILD_ID at its root (scripts/package.sh), which
+# is asked last.
 
 cmake_minimum_required(VERSION 3.25)
 
@@ -15,7 +18,13 @@ if(GIT AND EXISTS "${SOURCE_DIR}/.git")
   )
 endif()
 
-foreach(candidate IN ITEMS "${id}" "${DEFAULT}" "0000000000000000000000000000000000000000")
+set(recorded "")
+if(EXISTS "${SOURCE_DIR}/BUILD_ID")
+  file(STRINGS "${SOURCE_DIR}/BUILD_ID" recorded LIMIT_COUNT 1)
+endif()
+
+foreach(candidate IN ITEMS "${id}" "${DEFAULT}" "${recorded}"
+                           "0000000000000000000000000000000000000000")
   string(LENGTH "${candidate}" length)
   if(length EQUAL 40 AND candidate MATCHES "^[0-9a-f]+$")
     set(id "${candidate}")

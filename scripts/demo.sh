@@ -33,8 +33,9 @@ if [ $# -eq 0 ]; then
   {
     echo
     echo 'This was the station summary of samples/demo.seed.  Next, try:'
-    echo '  scripts/demo.sh -v                    every blockette, field by field'
-    echo '  scripts/demo.sh -sta -v FILE          a volume of your own'
+    echo '  sh scripts/demo.sh -v               one line for each blockette and data record'
+    echo '  sh scripts/demo.sh -vv              every field of them'
+    echo '  sh scripts/demo.sh -sta -v VOLUME   the summary of a volume of your own'
   } >&2
   exit "$status"
 fi

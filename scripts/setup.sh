@@ -31,7 +31,8 @@ need_build() {
   need g++ has g++
   need cmake has cmake
   need ninja-build has ninja
-  need git has git
+  # An unpacked source archive brings its build identifier along.
+  [ ! -e "$root/.git" ] || need git has git
 }
 need_tests() {
   need libgtest-dev found /usr/include/gtest/gtest.h /usr/local/include/gtest/gtest.h
@@ -49,7 +50,11 @@ need_ci() {
   need mandoc has mandoc
   need pkg-config has pkg-config
   need valgrind has valgrind
-  [ ! -d "$root/debian" ] || need lintian has lintian
+  need zsh has zsh
+  # For scripts/package.sh.
+  need dpkg-dev has dpkg-shlibdeps
+  need lintian has lintian
+  need xz-utils has xz
 }
 
 install_missing() {

@@ -1,0 +1,31 @@
+# The tests of what is installed.  Instrumented libraries need options that a consumer does not give.
+if(TARVIK_SANITIZE OR TARVIK_COVERAGE)
+  return()
+endif()
+
+# The same objects as in the installed shared library, linked in every build.
+add_library(sdblk_exports SHARED $<TARGET_OBJECTS:seed> $<TARGET_OBJECTS:support>)
+set_target_properties(sdblk_exports PROPERTIES LINKER_LANGUAGE CXX)
+target_include_directories(sdblk_exports INTERFACE "${PROJECT_SOURCE_DIR}")
+add_test(NAME consumer.shared_library_exports_the_public_names
+         COMMAND ${CMAKE_COMMAND} "-DNM=${CMAKE_NM}" "-DLIBRARY=$<TARGET_FILE:sdblk_exports>"
+                 "-DEXPECTED=${CMAKE_CURRENT_LIST_DIR}/exports.txt" -P
+                 "${CMAKE_CURRENT_LIST_DIR}/exports.cmake"
+)
+
+add_executable(consumer_shared "${CMAKE_CURRENT_LIST_DIR}/consumer.c")
+target_link_libraries(consumer_shared PRIVATE sdblk_exports)
+add_test(NAME consumer.works_with_the_shared_library COMMAND consumer_shared)
+
+if(TARVIK_INSTALL AND TARGET tarvik)
+  find_program(PKG_CONFIG NAMES pkg-config pkgconf)
+  add_test(
+    NAME consumer.works_with_an_installed_copy
+    COMMAND
+      ${CMAKE_COMMAND} "-DBUILD_DIR=${PROJECT_BINARY_DIR}" "-DSOURCE_DIR=${PROJECT_SOURCE_DIR}"
+      "-DWORK_DIR=${CMAKE_CURRENT_BINARY_DIR}/consumer" "-DGENERATOR=${CMAKE_GENERATOR}"
+      "-DCC=${CMAKE_C_COMPILER}" "-DCXX=${CMAKE_CXX_COMPILER}" "-DCONFIG=${CMAKE_BUILD_TYPE}"
+      "-DPKG_CONFIG=$<$<BOOL:${PKG_CONFIG}>:${PKG_CONFIG}>" -P "${CMAKE_CURRENT_LIST_DIR}/run.cmake"
+  )
+  set_tests_properties(consumer.works_with_an_installed_copy PROPERTIES TIMEOUT 300)
+endif()
