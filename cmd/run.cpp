@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "cmd/mapping_guard.h"
+#include "cmd/progress.h"
 #include "cmd/station_dump.h"
 #include "cmd/tally.h"
 #include "seed/sdblk.h"
@@ -28,9 +29,9 @@ bool show(const Options &options, SDBlk *block) {
   return true;
 }
 
-// The parser hands out a blockette of length 0 again and again.
+// The parser hands out a control blockette of length 0 again and again, whatever type it states.
 bool stands_still(const SDBlk &block) {
-  return block.blockette_type != SDBLK_DATA_RECORD && block.blockette_length == 0;
+  return block.data_ptr == nullptr && block.blockette_length == 0;
 }
 
 void complain_of_reading(const Options &options) {
@@ -39,6 +40,7 @@ void complain_of_reading(const Options &options) {
 
 // Reads the volume to its end.  False after a complaint.
 bool read_volume(const Options &options, SDBlkVol *vol, Tally *tally) {
+  Progress progress(progress_descriptor(options), vol->image_size);
   SDBlk *block = nullptr;
   while (true) {
     const int result = sdblk_parseblk(vol, &block);
@@ -48,8 +50,9 @@ bool read_volume(const Options &options, SDBlkVol *vol, Tally *tally) {
       return false;
     }
     tally->count(*block);
+    progress.at(vol->offset);
     if (is_wanted(options, *block) && !show(options, block)) return false;
-    if (result == 0 && stands_still(*block)) {
+    if (stands_still(*block)) {
       elog_log(0, "B%4.4d at %c:%6.6d has length 0: cannot read on.\n", block->blockette_type,
                block->record_type, block->logical_sequence);
       complain_of_reading(options);

@@ -1,0 +1,29 @@
+// Volumes that were made to hurt a reader: each of some size, so that what they cost can be
+// compared from one size to the next.
+#ifndef TESTS_CMD_HOSTILE_VOLUMES_H_
+#define TESTS_CMD_HOSTILE_VOLUMES_H_
+
+#include <string>
+
+namespace hostile {
+
+// Records of blanks, 64 bytes each: the next header is looked for at every record.
+std::string shortest_records(int count);
+// Data records whose chains go back and forth over 1024 blockettes, 8 KiB each.
+std::string longest_chains(int count);
+// Data records of 4 KiB in which the header stands again every 64 bytes, each time with a chain,
+// and two records of blanks behind each.
+std::string overlapping_records(int count);
+// The same with chains of opaque blockettes, each of which takes the rest of the record as its
+// texts.
+std::string overlapping_texts(int count);
+// Dictionary blockettes that promise 9999 coefficients and hold one byte.
+std::string broken_promises(int count);
+// Abbreviations with codes of their own, up to ten thousand.
+std::string large_dictionary(int count);
+// Response references, each to an abbreviation of 2000 lines.
+std::string long_references(int count);
+
+}  // namespace hostile
+
+#endif  // TESTS_CMD_HOSTILE_VOLUMES_H_
