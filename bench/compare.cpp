@@ -22,8 +22,6 @@
 #include <string>
 #include <vector>
 
-extern char **environ;
-
 namespace {
 
 struct Measurement {
@@ -253,7 +251,7 @@ int main(int argc, char **argv) {
   }
   try {
     const Tools tools = {argv[1], argv[2], argv[3], argv[4]};
-    const int rounds = argc > 5 ? std::atoi(argv[5]) : 9;
+    const int rounds = argc > 5 ? static_cast<int>(std::strtol(argv[5], nullptr, 10)) : 9;
     Table table(main_rows(tools));
     table.measure(rounds);
     table.print();

@@ -13,7 +13,7 @@
 
 int main(int argc, char **argv) {
   if (argc != 3) return 2;
-  const int length = std::atoi(argv[1]);
+  const int length = static_cast<int>(std::strtol(argv[1], nullptr, 10));
   struct stat status = {};
   const int fd = open(argv[2], O_RDONLY | O_CLOEXEC);
   if (length <= 0 || fd < 0 || fstat(fd, &status) < 0) return 1;

@@ -91,7 +91,7 @@ void throw_log_away() {
 
 void parse_data_record(benchmark::State &state) {
   Reader reader(data_volume());
-  for (auto _ : state) benchmark::DoNotOptimize(reader.next());
+  while (state.KeepRunning()) benchmark::DoNotOptimize(reader.next());
   state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(parse_data_record);
@@ -106,7 +106,7 @@ void parse_data_record_of_a_file(benchmark::State &state) {
   writer.write_to(path);
   SDBlkVol *vol = nullptr;
   SDBlk *block = nullptr;
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     vol = sdblk_new(path.c_str(), nullptr, 0, 512);
     int result = 0;
     while (result != SDBLK_EOF) result = sdblk_parseblk(vol, &block);
@@ -121,7 +121,7 @@ BENCHMARK(parse_data_record_of_a_file);
 
 void decode_data_record(benchmark::State &state) {
   Reader reader(data_volume());
-  for (auto _ : state) benchmark::DoNotOptimize(sdblk_unstuffblk(reader.next()));
+  while (state.KeepRunning()) benchmark::DoNotOptimize(sdblk_unstuffblk(reader.next()));
   state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(decode_data_record);
@@ -131,14 +131,14 @@ void list_data_record(benchmark::State &state) {
   Reader reader(data_volume());
   SDBlk *block = reader.next();
   sdblk_unstuffblk(block);
-  for (auto _ : state) sdblk_printblk(block, "", 1);
+  while (state.KeepRunning()) sdblk_printblk(block, "", 1);
   state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(list_data_record);
 
 void decode_fir(benchmark::State &state) {
   Reader reader(response_volume());
-  for (auto _ : state) benchmark::DoNotOptimize(sdblk_unstuffblk(reader.next()));
+  while (state.KeepRunning()) benchmark::DoNotOptimize(sdblk_unstuffblk(reader.next()));
   state.SetItemsProcessed(state.iterations() * 600);
 }
 BENCHMARK(decode_fir);
@@ -148,7 +148,7 @@ void list_fir(benchmark::State &state) {
   Reader reader(response_volume());
   SDBlk *block = reader.next();
   sdblk_unstuffblk(block);
-  for (auto _ : state) sdblk_printblk(block, "", 1);
+  while (state.KeepRunning()) sdblk_printblk(block, "", 1);
   state.SetItemsProcessed(state.iterations() * 600);
 }
 BENCHMARK(list_fir);
@@ -157,7 +157,7 @@ void copy_fir(benchmark::State &state) {
   Reader reader(response_volume());
   SDBlk *block = reader.next();
   sdblk_unstuffblk(block);
-  for (auto _ : state) sdblk_free(sdblk_copy(block));
+  while (state.KeepRunning()) sdblk_free(sdblk_copy(block));
 }
 BENCHMARK(copy_fir);
 
@@ -165,7 +165,7 @@ void look_up_a_field(benchmark::State &state) {
   Reader reader(data_volume());
   SDBlk *block = reader.next();
   sdblk_unstuffblk(block);
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     std::int32_t offset = 0;
     sdblk_getv(block->contents, "blk_offset", &offset, nullptr);
     benchmark::DoNotOptimize(offset);
@@ -177,14 +177,14 @@ void look_up_in_ten_thousand(benchmark::State &state) {
   Arr *dictionary = newarr();
   for (int i = 0; i < 10000; ++i)
     setarr(dictionary, ("uid:" + std::to_string(i)).c_str(), dictionary);
-  for (auto _ : state) benchmark::DoNotOptimize(getarr(dictionary, "uid:7777"));
+  while (state.KeepRunning()) benchmark::DoNotOptimize(getarr(dictionary, "uid:7777"));
   freearr(dictionary, nullptr);
 }
 BENCHMARK(look_up_in_ten_thousand);
 
 void scan_response_value(benchmark::State &state) {
   const std::string text = "-1.23456E-03";
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     double value = 0;
     benchmark::DoNotOptimize(picture::read_field(text.data(), 12, &value));
     benchmark::DoNotOptimize(value);
@@ -193,7 +193,7 @@ void scan_response_value(benchmark::State &state) {
 BENCHMARK(scan_response_value);
 
 void scan_any_real(benchmark::State &state) {
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     double value = 0;
     scan_real("-1.23456E-03", &value);
     benchmark::DoNotOptimize(value);
@@ -202,14 +202,14 @@ void scan_any_real(benchmark::State &state) {
 BENCHMARK(scan_any_real);
 
 void scan_time_text(benchmark::State &state) {
-  for (auto _ : state) benchmark::DoNotOptimize(seed_time("2021,075,12:30:15.0500"));
+  while (state.KeepRunning()) benchmark::DoNotOptimize(seed_time("2021,075,12:30:15.0500"));
 }
 BENCHMARK(scan_time_text);
 
 void write_real(benchmark::State &state) {
   std::array<char, 512> text;
   double value = 1.234567891e-3;
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     benchmark::DoNotOptimize(value);
     benchmark::DoNotOptimize(put_fixed(text.data(), value, 6));
   }
@@ -219,7 +219,7 @@ BENCHMARK(write_real);
 void write_time(benchmark::State &state) {
   std::array<char, 64> text;
   double epoch = 1615897815.0;
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     epoch += 1;
     benchmark::DoNotOptimize(put_time(text.data(), epoch));
   }

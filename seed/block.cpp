@@ -55,9 +55,7 @@ void release_chain_list(SDBlk *record) {
 }
 
 // A block in a record's chain goes with the record.
-bool is_chained(const SDBlk *block) {
-  return block->storage != nullptr && block->storage->chained;
-}
+bool is_chained(const SDBlk *block) { return block->storage != nullptr && block->storage->chained; }
 
 }  // namespace
 
@@ -96,8 +94,8 @@ SDBlk *block_take_chained(SDBlk *record) noexcept {
   return chained;
 }
 
-// The chain of a block that the library made goes back to its list; one that a copy shares stays with
-// its owner; of one that a program made by hand the first block is released.
+// The chain of a block that the library made goes back to its list; one that a copy shares stays
+// with its owner; of one that a program made by hand the first block is released.
 void block_drop_chain(SDBlk *block) noexcept {
   SDBlk *next = block->next;
   block->next = nullptr;

@@ -74,8 +74,8 @@ bool is_big_endian(const Record &record) {
   if (order != Order::either) return order != Order::little;
   order = plausible_order(record, kTenThousandths, 0, 9999);
   if (order != Order::either) return order != Order::little;
-  elog_complain(0,
-                "sdblk_unstuff_dblk: WARNING - Cannot deduce byte order - using BIGENDIAN default.\n");
+  elog_complain(
+      0, "sdblk_unstuff_dblk: WARNING - Cannot deduce byte order - using BIGENDIAN default.\n");
   return true;
 }
 
@@ -138,7 +138,8 @@ bool adopt_length(SDBlk *record, const SDBlk *blk) {
     elog_log(0, "sdblk_unstuff_dblk: sdblk_getv (B1000->dlenp) error.\n");
     return false;
   }
-  record->blockette_length = static_cast<std::int32_t>(1U << (static_cast<std::uint32_t>(exponent) % 32));
+  record->blockette_length =
+      static_cast<std::int32_t>(1U << (static_cast<std::uint32_t>(exponent) % 32));
   return true;
 }
 
@@ -174,15 +175,17 @@ int decode_chained(const WalkContext &context, SDBlk *record, const Record &byte
   return 0;
 }
 
-int decode_chain(const WalkContext &context, SDBlk *blk, const Record &record, std::int32_t offset) {
+int decode_chain(const WalkContext &context, SDBlk *blk, const Record &record,
+                 std::int32_t offset) {
   Chain chain;
   SDBlk *tail = blk;
   while (offset >= 1) {
     if (!chain.accepts(record, offset)) {
-      elog_complain(0,
-                    "sdblk_unstuff_dblk: WARNING - Bad blockette offset %d at %c:%6.6d - rest of the "
-                    "chain ignored.\n",
-                    offset, context.vol->record_type, context.vol->logical_sequence);
+      elog_complain(
+          0,
+          "sdblk_unstuff_dblk: WARNING - Bad blockette offset %d at %c:%6.6d - rest of the "
+          "chain ignored.\n",
+          offset, context.vol->record_type, context.vol->logical_sequence);
       return 0;
     }
     if (decode_chained(context, blk, record, &tail, &offset) < 0) return -1;
@@ -192,7 +195,8 @@ int decode_chain(const WalkContext &context, SDBlk *blk, const Record &record, s
 
 void forget_decoded(SDBlk *blk) {
   block_drop_chain(blk);
-  if (blk->contents != nullptr && !blk->contents->foreign) arr_clear(blk->contents, free_sdblk_entry);
+  if (blk->contents != nullptr && !blk->contents->foreign)
+    arr_clear(blk->contents, free_sdblk_entry);
 }
 
 }  // namespace
@@ -208,8 +212,8 @@ int sdblk_unstuff_dblk(SDBlkVol *vol, SDBlk *block) {
   forget_decoded(block);
   block->big_endian = context.big_endian ? 1 : 0;
   Feed feed = feed_from(record, kHeaderSize);
-  if (walk_fields(&block->contents, &feed, context, 1, block->blkdef->nfields, block->blkdef->fields,
-                  nullptr) < 0) {
+  if (walk_fields(&block->contents, &feed, context, 1, block->blkdef->nfields,
+                  block->blkdef->fields, nullptr) < 0) {
     return -1;
   }
   std::int32_t offset = 0;

@@ -112,10 +112,10 @@ bool read_header(SDBlkVol *vol) {
   give_back_pages(vol);
   const char *header = vol->cursor;
   if (scan_integer(until_zero({header, kSequenceSize}), nullptr, &vol->logical_sequence) < 0) {
-    elog_log(0,
-             "sdblk_parseblk: scan_int(logical_sequence,'%c%c%c%c%c%c') error at %ld bytes offset\n",
-             header[0], header[1], header[2], header[3], header[4], header[5],
-             static_cast<long>(vol->record_offset));
+    elog_log(
+        0, "sdblk_parseblk: scan_int(logical_sequence,'%c%c%c%c%c%c') error at %ld bytes offset\n",
+        header[0], header[1], header[2], header[3], header[4], header[5],
+        static_cast<long>(vol->record_offset));
     return false;
   }
   vol->record_type = header[kSequenceSize];
@@ -156,8 +156,8 @@ SDBlk *start_block(SDBlkVol *vol, SDBlk **blkp, std::int32_t type) {
   return blk;
 }
 
-// Walks the rest of a data record in steps and stops where its header stands again, as at its start.
-// False at the record's end, which it moves on to.
+// Walks the rest of a data record in steps and stops where its header stands again, as at its
+// start. False at the record's end, which it moves on to.
 bool find_data_block(SDBlkVol *vol) {
   const char *record = vol->image + vol->record_offset;
   const std::int64_t in_image = vol->image_size - vol->record_offset;
@@ -230,8 +230,8 @@ int start_control_block(SDBlkVol *vol, SDBlk **blkp) {
   if (!read_type(vol, &type)) return -1;
   SDBlk *blk = start_block(vol, blkp, type);
   if (blk == nullptr) {
-    elog_log(1, "sdblk_parseblk: malloc(blockette,%ld) error for B%4.4d at %c:%6.6d\n", block_size(),
-             type, vol->record_type, vol->logical_sequence);
+    elog_log(1, "sdblk_parseblk: malloc(blockette,%ld) error for B%4.4d at %c:%6.6d\n",
+             block_size(), type, vol->record_type, vol->logical_sequence);
     return -1;
   }
   if (!read_length(vol, blk)) return -1;
@@ -271,7 +271,8 @@ bool is_volume_identifier(std::int32_t type) { return type == 5 || type == 8 || 
 
 // Copies bytes of the blockette from the cursor.
 void copy_raw(SDBlkVol *vol, SDBlk *blk, std::int32_t bytes, std::int32_t *copied) {
-  if (bytes > 0) std::memcpy(blk->blockette_raw + *copied, vol->cursor, static_cast<std::size_t>(bytes));
+  if (bytes > 0)
+    std::memcpy(blk->blockette_raw + *copied, vol->cursor, static_cast<std::size_t>(bytes));
   *copied += bytes;
   advance(vol, bytes);
 }

@@ -82,19 +82,32 @@ int time_items(std::size_t length) {
   }
 }
 
+// The characters before the "~" or the 0 byte that ends a text, or all of them.  A record may make
+// a reader look for both through its whole length again and again, so they are looked for piece by
+// piece in the fastest way.
+std::size_t variable_size(std::string_view text) {
+  constexpr std::size_t kPiece = 256;
+  for (std::size_t at = 0; at < text.size(); at += kPiece) {
+    std::string_view piece = text.substr(at, kPiece);
+    const std::size_t tilde = piece.find('~');
+    piece = piece.substr(0, tilde);
+    const std::size_t zero = piece.find('\0');
+    if (zero != std::string_view::npos) return at + zero;
+    if (tilde != std::string_view::npos) return at + tilde;
+  }
+  return text.size();
+}
+
 }  // namespace
 
 VariableField variable_field(std::string_view text) {
-  std::size_t begin = 0;
-  while (begin < text.size() && is_space(text[begin])) ++begin;
-  std::size_t end = begin;
-  for (std::size_t i = begin; i < text.size(); ++i) {
-    const char c = text[i];
-    if (c == '~' || c == '\0') return {text.substr(begin, end - begin), i + (c == '~' ? 1 : 0)};
-    if (!is_space(c)) end = i + 1;
-  }
+  const std::size_t size = variable_size(text);
+  const bool terminated = size < text.size();
+  std::string_view value = text.substr(0, size);
+  while (!value.empty() && is_space(value.front())) value.remove_prefix(1);
   // Without a terminator the white space at the end belongs to the value.
-  return {text.substr(begin), text.size()};
+  while (terminated && !value.empty() && is_space(value.back())) value.remove_suffix(1);
+  return {value, size + (terminated && text[size] == '~' ? 1 : 0)};
 }
 
 int scan_integer(std::string_view text, const char *format, std::int32_t *result) {

@@ -83,7 +83,8 @@ SDBlkVol *sdblk_new(const char *filename, const char *buffer, std::int32_t nbyte
   sdblk_blkdefs_init();
   auto *vol = static_cast<SDBlkVol *>(memory_get_zeroed(sizeof(SDBlkVol)));
   if (vol == nullptr) {
-    elog_log(1, "parseseed_new: malloc(SDBlkVol:%ld) error.\n", static_cast<long>(sizeof(SDBlkVol)));
+    elog_log(1, "parseseed_new: malloc(SDBlkVol:%ld) error.\n",
+             static_cast<long>(sizeof(SDBlkVol)));
     return nullptr;
   }
   vol->fd = -1;

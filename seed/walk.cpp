@@ -1,6 +1,8 @@
 #include "seed/walk.h"
 
+#include <algorithm>
 #include <array>
+#include <bit>
 #include <cerrno>
 #include <cstring>
 
@@ -54,6 +56,7 @@ std::string_view extract(const SDBlkFieldDef &field, Feed *feed) {
   return text;
 }
 
+std::int32_t byte_at(const char *byte) { return std::bit_cast<std::int8_t>(*byte); }
 std::int32_t ubyte_at(const char *byte) { return static_cast<unsigned char>(*byte); }
 
 // A SEED binary time: year, day, hour, minute, second, an unused byte, ten-thousandths of a second.
@@ -196,7 +199,7 @@ auto Walker::binary(const SDBlkFieldDef &field, Load load) {
   }
   const std::string_view text = extract(field, &feed_).substr(0, Size);
   std::array<char, Size> padded = {};
-  put_text(padded.data(), text);
+  std::copy(text.begin(), text.end(), padded.begin());
   return load(padded.data());
 }
 
@@ -339,9 +342,7 @@ int Walker::decode(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   const bool big_endian = context_.big_endian;
   switch (conversion) {
     case Conversion::text: return decode_text(field, entry);
-    case Conversion::byte:
-      entry->value.i = binary<1>(field, [](const char *p) { return static_cast<signed char>(*p); });
-      break;
+    case Conversion::byte: entry->value.i = binary<1>(field, byte_at); break;
     case Conversion::ubyte: entry->value.i = binary<1>(field, ubyte_at); break;
     case Conversion::word:
       entry->value.i = binary<2>(

@@ -66,9 +66,10 @@ struct DigitPairs {
 };
 constexpr DigitPairs make_digit_pairs() {
   DigitPairs pairs = {};
+  char *text = pairs.text;
   for (int i = 0; i < 100; ++i) {
-    pairs.text[2 * i] = static_cast<char>('0' + i / 10);
-    pairs.text[2 * i + 1] = static_cast<char>('0' + i % 10);
+    *text++ = static_cast<char>('0' + i / 10);
+    *text++ = static_cast<char>('0' + i % 10);
   }
   return pairs;
 }

@@ -48,7 +48,7 @@ constexpr SDBlkFieldDef field(const char *key, char type, std::int32_t width, co
   def.key = key;
   def.title = title;
   def.description = description;
-  def.stype = type;
+  def.stype = static_cast<unsigned char>(type);
   def.width = width;
   def.format = format;
   def.kind = kind;
