@@ -1,8 +1,9 @@
 // How blocks are made, reused and released: the library's side of SDBlk.
 //
-// A block and its bookkeeping are one allocation.  A record's data blockettes belong to the record's
-// block for good: they stay on its chain list when the block is cleared and are handed out again for
-// the next record, contents and all, so that a steady stream of records allocates nothing.
+// A block and its bookkeeping are one allocation.  A record's data blockettes belong to the
+// record's block for good: they stay on its chain list when the block is cleared and are handed out
+// again for the next record, contents and all, so that a steady stream of records allocates
+// nothing.
 #ifndef SEED_BLOCK_H_
 #define SEED_BLOCK_H_
 

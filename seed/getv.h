@@ -22,8 +22,9 @@ inline constexpr bool is_result =
 /* The fields that no more pairs ask for. */
 inline int get(const Arr * /*contents*/) { return 0; }
 
-/* Reads decoded fields: pairs of a key and the address of a result, with no NULL at the end.  Results
- * and messages are those of sdblk_getv; a result of a type that no field has does not compile. */
+/* Reads decoded fields: pairs of a key and the address of a result, with no NULL at the end.
+ * Results and messages are those of sdblk_getv; a result of a type that no field has does not
+ * compile. */
 template <typename Result, typename... More>
 int get(const Arr *contents, const char *key, Result *result, More... more) {
   static_assert(detail::is_result<Result>, "no field kind decodes to this type");

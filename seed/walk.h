@@ -19,8 +19,8 @@ struct WalkContext {
   bool big_endian;
 };
 
-// sdblk_unstuff_sblk; a null element gets an array nested in parent, or one of its own when parent is
-// null.
+// sdblk_unstuff_sblk; a null element gets an array nested in parent, or one of its own when parent
+// is null.
 int walk_fields(Arr **arrays, Feed *feed, const WalkContext &context, std::int32_t repetitions,
                 std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent);
 

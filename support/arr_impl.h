@@ -30,7 +30,8 @@ struct Arr {
   Arr *root;                 // owner of the pool; the array itself unless it is nested
 };
 
-// A new array whose pool starts with a chunk of first_chunk_bytes, released with freearr; or nullptr.
+// A new array whose pool starts with a chunk of first_chunk_bytes, released with freearr; or
+// nullptr.
 Arr *arr_new_pooled(std::size_t first_chunk_bytes) noexcept;
 
 // A new array in the pool of parent, with room for capacity keys; or nullptr.
@@ -49,11 +50,12 @@ void arr_clear(Arr *arr, void (*free_value)(void *)) noexcept;
 // setarr that reports when memory runs out (false; nothing has changed).
 [[nodiscard]] bool arr_set(Arr *arr, const char *key, void *value, void **old_value) noexcept;
 
-// Sets a key that is a constant (it is not copied) to a value in the array's pool, replacing what is
-// there.  False when memory runs out.
+// Sets a key that is a constant (it is not copied) to a value in the array's pool, replacing what
+// is there.  False when memory runs out.
 [[nodiscard]] bool arr_set_constant(Arr *arr, const char *key, void *value) noexcept;
 
-// The same for a key that is not in the array yet, with room reserved, as long as the array is small.
+// The same for a key that is not in the array yet, with room reserved, as long as the array is
+// small.
 inline void arr_append_constant(Arr *arr, const char *key, void *value) noexcept {
   arr->pairs[arr->count++] = {key, value};
 }

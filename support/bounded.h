@@ -8,7 +8,8 @@
 
 // Ends the program unless text_bytes characters and a final 0 fit a buffer of buffer_bytes.
 inline void require_fit(const char *function, std::size_t text_bytes, std::size_t buffer_bytes) {
-  if (text_bytes < buffer_bytes) [[likely]] return;
+  if (text_bytes < buffer_bytes) [[likely]]
+    return;
   elog_die(0, "%s: text of %ld bytes does not fit the %ld byte buffer\n", function,
            static_cast<long>(text_bytes + 1), static_cast<long>(buffer_bytes));
 }

@@ -1,9 +1,10 @@
-/* The error log: notifications are written at once, messages are registered until somebody complains.
+/* The error log: notifications are written at once, messages are registered until somebody
+ * complains.
  *
  * The log writes to standard error, through one buffer: when the buffer is full, before the command
  * writes to standard output, at every complaint and at the end, at exit, and line by line on a
- * terminal, where control bytes other than newline and tab show as "?".  Texts are written as they are
- * formatted; one that does not end in a newline gets one.
+ * terminal, where control bytes other than newline and tab show as "?".  Texts are written as they
+ * are formatted; one that does not end in a newline gets one.
  *
  * In every call flag 1 adds a second line behind the text, four blanks and the system's text for
  * errno, unless errno is 0; other flags add nothing. */
@@ -48,9 +49,9 @@ SDBLK_API void elog_flush(void);
 SDBLK_API int elog_write_error(void);
 
 /* For programs that embed the library.  elog_set_die: elog_die calls die with the context after it
- * has written its texts; a die that returns is followed by exit(1), so it leaves by longjmp, by a C++
- * exception or by ending the process.  elog_set_sink: the log's bytes go to sink, in whole lines,
- * instead of standard error.  NULL restores what was. */
+ * has written its texts; a die that returns is followed by exit(1), so it leaves by longjmp, by a
+ * C++ exception or by ending the process.  elog_set_sink: the log's bytes go to sink, in whole
+ * lines, instead of standard error.  NULL restores what was. */
 SDBLK_API void elog_set_die(void (*die)(void *context), void *context);
 SDBLK_API void elog_set_sink(void (*sink)(void *context, const char *bytes, size_t size),
                              void *context);

@@ -14,9 +14,9 @@ extern "C" {
  * checked or normalised: day 0 is the last day of the year before. */
 SDBLK_API double h2e(int32_t year, int32_t day, int32_t hour, int32_t minute, double seconds);
 
-/* The epoch, rounded down to whole seconds, in the format of strftime, as text that the caller frees
- * (free).  A NaN, or a value beyond 1e15 in size, gives "NaN", "Inf" or "-Inf".  NULL when memory
- * runs out. */
+/* The epoch, rounded down to whole seconds, in the format of strftime, as text that the caller
+ * frees (free).  A NaN, or a value beyond 1e15 in size, gives "NaN", "Inf" or "-Inf".  NULL when
+ * memory runs out. */
 SDBLK_API char *epoch2str(double epoch, const char *format);
 
 /* year * 1000 + day of year of an epoch; 0 for a NaN or a value beyond 1e15 in size. */

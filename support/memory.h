@@ -1,5 +1,5 @@
-// The one source of memory: every allocation of the library goes through it, so that a test can make
-// any of them fail.
+// The one source of memory: every allocation of the library goes through it, so that a test can
+// make any of them fail.
 #ifndef SUPPORT_MEMORY_H_
 #define SUPPORT_MEMORY_H_
 

@@ -12,7 +12,8 @@ extern "C" {
 SDBLK_API int blank(const char *text);
 /* Drops one newline at the end of text. */
 SDBLK_API void chomp(char *text);
-/* strtod of the "C" locale: the same value and the same stopping place (*end unless end is NULL). */
+/* strtod of the "C" locale: the same value and the same stopping place (*end unless end is NULL).
+ */
 SDBLK_API double fix_strtod(const char *text, char **end);
 
 #ifdef __cplusplus
@@ -39,8 +40,8 @@ struct RealPrefix {
 };
 RealPrefix read_real(std::string_view text);
 
-// What strtol (base 10) reads: saturated at 64 bits, with the number of characters taken, white space
-// and sign included; 0 when there is no number.
+// What strtol (base 10) reads: saturated at 64 bits, with the number of characters taken, white
+// space and sign included; 0 when there is no number.
 struct IntegerPrefix {
   std::int64_t value;
   std::size_t length;
