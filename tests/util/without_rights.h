@@ -6,14 +6,14 @@
 
 #include <cstdlib>
 
-// Has no superuser's rights as long as it lives.
+// Has no superuser's rights as long as it lives; a program that it starts never has them.
 class WithoutRights {
  public:
   WithoutRights() {
-    if (geteuid() == 0) changed_ = seteuid(kNobody) == 0;
+    if (geteuid() == 0) changed_ = setresuid(kNobody, kNobody, 0) == 0;
   }
   ~WithoutRights() {
-    if (changed_ && seteuid(0) != 0) std::abort();
+    if (changed_ && setresuid(0, 0, 0) != 0) std::abort();
   }
   WithoutRights(const WithoutRights &) = delete;
   WithoutRights &operator=(const WithoutRights &) = delete;
