@@ -55,6 +55,8 @@ make_deb() {
   mv build/deb/pack/*.deb "$out/"
 }
 
+"$root/scripts/setup.sh" --package
+
 want=both
 case ${1-} in
   --source | --deb) want=${1#--}; shift ;;
