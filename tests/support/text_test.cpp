@@ -226,8 +226,10 @@ class CommaLocale {
     std::ofstream(folder_ / "source") << "comment_char %\nescape_char /\nLC_NUMERIC\n"
                                          "decimal_point \",\"\nthousands_sep \"\"\ngrouping -1\n"
                                          "END LC_NUMERIC\n";
-    const std::string command = "localedef -c --no-archive -i '" + folder + "/source' '" + folder +
-                                "/comma' >/dev/null 2>&1";
+    write_charmap();
+    const std::string command = "cd '" + folder +
+                                "' && localedef -c --no-archive -f ./charmap -i ./source ./comma "
+                                ">/dev/null 2>&1";
     // It warns of the categories that are not there, and calls that a failure.
     static_cast<void>(std::system(command.c_str()));
     setenv("LOCPATH", folder.c_str(), 1);
@@ -245,6 +247,18 @@ class CommaLocale {
   [[nodiscard]] bool is_set() const { return set_; }
 
  private:
+  // ASCII; the character sets that localedef knows by name are in a package that may be missing.
+  void write_charmap() const {
+    std::ofstream map(folder_ / "charmap");
+    map << "<code_set_name> PLAIN\n<comment_char> %\n<escape_char> /\nCHARMAP\n";
+    std::array<char, 32> line{};
+    for (unsigned code = 0; code < 128; ++code) {
+      std::snprintf(line.data(), line.size(), "<U%04X> /x%02x\n", code, code);
+      map << line.data();
+    }
+    map << "END CHARMAP\n";
+  }
+
   std::filesystem::path folder_;
   bool set_ = false;
 };
