@@ -7,6 +7,10 @@
 
 set(optimized "$<CONFIG:Release,RelWithDebInfo,MinSizeRel>")
 set(sanitizers "-fsanitize=address,undefined" "-fno-sanitize-recover=all")
+# With counters that can lie in the record's file, what a process did counts however it ended.
+set(coverage "-fprofile-instr-generate" "-fcoverage-mapping"
+             "SHELL:-mllvm -runtime-counter-relocation"
+)
 
 add_library(tarvik_flags INTERFACE)
 target_compile_options(
@@ -28,7 +32,7 @@ target_compile_options(
     $<$<AND:$<COMPILE_LANG_AND_ID:CXX,GNU>,$<NOT:$<BOOL:${TARVIK_SANITIZE}>>>:-Wnull-dereference>
     $<$<BOOL:${TARVIK_WERROR}>:-Werror>
     $<$<BOOL:${TARVIK_SANITIZE}>:${sanitizers};-fno-omit-frame-pointer>
-    $<$<BOOL:${TARVIK_COVERAGE}>:-fprofile-instr-generate;-fcoverage-mapping>
+    "$<$<BOOL:${TARVIK_COVERAGE}>:${coverage}>"
 )
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # gcc 12 sees overlapping copies in std::string's operator+ where there are none.
