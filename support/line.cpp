@@ -10,7 +10,7 @@ namespace {
 
 __extension__ using Wide = unsigned __int128;
 
-constexpr std::array<std::uint64_t, 20> make_powers_of_ten() {
+consteval std::array<std::uint64_t, 20> make_powers_of_ten() {
   std::array<std::uint64_t, 20> powers = {};
   std::uint64_t power = 1;
   for (std::uint64_t &entry : powers) {

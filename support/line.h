@@ -64,7 +64,7 @@ char *put_digits(char *out, std::int64_t value, int digits);
 struct DigitPairs {
   char text[200];
 };
-constexpr DigitPairs make_digit_pairs() {
+consteval DigitPairs make_digit_pairs() {
   DigitPairs pairs = {};
   char *text = pairs.text;
   for (int i = 0; i < 100; ++i) {

@@ -916,6 +916,65 @@ TEST(Walker, NegativeCountIsAFailure) {
   EXPECT_TRUE(registered().starts_with("sdblk_unstuff_sblk: malloc(entry->ia=list,-4) error.\n"));
 }
 
+TEST(Walker, EveryArrayNeedsItsCount) {
+  for (const std::int32_t kind :
+       {SDBLK_INT_ARRAY, SDBLK_DOUBLE_ARRAY, SDBLK_STRING_ARRAY, SDBLK_REF_ARRAY}) {
+    Walk walk("12", {counted(field("list", 'A', 1, "", kind), "n")});
+    EXPECT_EQ(walk.run(), -1);
+    EXPECT_EQ(registered(),
+              "sdblk_unstuff_sblk: Cannot find number_entry, 'n', for entry 'list'.\n");
+  }
+}
+
+TEST(Walker, ArrayThatNamesNoCountFails) {
+  Walk walk("12", {field("list", 'D', 1, "#", SDBLK_INT_ARRAY)});
+  EXPECT_EQ(walk.run(), -1);
+  EXPECT_EQ(registered(), "sdblk_unstuff_sblk: Cannot find number_entry, '', for entry 'list'.\n");
+}
+
+TEST(Walker, NegativeCountOfEveryArrayIsAFailure) {
+  for (const std::int32_t kind :
+       {SDBLK_DOUBLE_ARRAY, SDBLK_STRING_ARRAY, SDBLK_REF_ARRAY, SDBLK_GROUP_ARRAY}) {
+    Walk walk("-11",
+              {field("n", 'A', 2, "", SDBLK_INT), counted(field("list", 'A', 1, "", kind), "n")});
+    EXPECT_EQ(walk.run(), -1);
+    EXPECT_EQ(registered().rfind("sdblk_unstuff_sblk: malloc(entry->", 0), 0U);
+  }
+}
+
+TEST(Walker, CountOfZeroGivesAnEmptyArray) {
+  Walk walk("01", {field("n", 'D', 1, "#", SDBLK_INT),
+                   counted(field("da", 'F', 1, "", SDBLK_DOUBLE_ARRAY), "n"),
+                   field("next", 'D', 1, "#", SDBLK_INT)});
+  EXPECT_EQ(walk.run(), 0);
+  EXPECT_EQ(entry_of(walk.array(), "da").count, 0);
+  EXPECT_EQ(integer_of(walk.array(), "next"), 1);
+}
+
+TEST(Walker, WithoutFieldsNothingIsMade) {
+  Walk walk("12", {});
+  EXPECT_EQ(walk.run(), 0);
+  EXPECT_EQ(walk.array(), nullptr);
+  EXPECT_EQ(walk.remaining(), 2);
+}
+
+TEST(Walker, FieldWithoutWidthIsEmpty) {
+  Walk walk("12", {field("fixed", 'A', 0, "", SDBLK_STRING), field("raw", 'B', 0, "", SDBLK_STRING),
+                   field("n", 'D', 2, "##", SDBLK_INT)});
+  EXPECT_EQ(walk.run(), 0);
+  EXPECT_EQ(text_of(walk.array(), "fixed"), "");
+  EXPECT_EQ(text_of(walk.array(), "raw"), "");
+  EXPECT_EQ(integer_of(walk.array(), "n"), 12);
+}
+
+TEST(Walker, BinaryTextEndsAtAZeroByte) {
+  Walk walk({"ab\0c1", 5},
+            {field("raw", 'B', 4, "", SDBLK_STRING), field("n", 'D', 1, "#", SDBLK_INT)});
+  EXPECT_EQ(walk.run(), 0);
+  EXPECT_EQ(text_of(walk.array(), "raw"), "ab");
+  EXPECT_EQ(integer_of(walk.array(), "n"), 1);
+}
+
 TEST(Walker, ManyFieldsKeepTheirKeys) {
   // More keys than an array holds without its index.
   std::vector<std::string> keys;

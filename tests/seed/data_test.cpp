@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
 #include <optional>
 #include <string>
@@ -594,6 +595,23 @@ TEST(CutRecord, DataOnlyBlocketteWithoutItsLengthFails) {
   }
   BlockReader reader(whole.substr(0, 55));
   EXPECT_EQ(reader.decode_next()->blockette_length, 512);
+}
+
+TEST(CutRecord, WithoutDataOffsetFailsWhereAProgramSetTheBlocketteOffset) {
+  SDBlkFieldDef def = {};
+  def.kind = SDBLK_INT;
+  auto *entry = static_cast<SDBlkEntry *>(std::calloc(1, sizeof(SDBlkEntry)));
+  *entry = {&def, nullptr, 1, {}, 0};
+  BlockReader reader(bytes_of(data_record()).substr(0, 44));
+  SDBlk *block = reader.next();
+  setarr(block->contents, "blk_offset", entry);
+  const Outcome outcome = decode(block);
+  EXPECT_EQ(outcome.result, -1);
+  EXPECT_EQ(outcome.messages,
+            "sdblk_getv: entry 'data_offset' not defined.\n"
+            "sdblk_unstuff_dblk: sdblk_getv (FIXED->data_offset) error.\n"
+            "sdblk_unstuffblk: sdblk_unstuff_dblk error for B0099 at D:000001\n");
+  sdblk_clear(block);
 }
 
 TEST(CutRecord, EndsWithTheLengthInForceToo) {

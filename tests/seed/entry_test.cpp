@@ -453,6 +453,18 @@ TEST_F(EntryTree, EntriesMayBeAddedToACopy) {
   freearr(copy, free_sdblk_entry);
 }
 
+TEST(CopyOfEntries, NullTextsStayNull) {
+  Arr *arr = newarr();
+  add(arr, kText);
+  add(arr, kTexts, 2)->value.sa = copied<char *>({nullptr, nullptr});
+  Arr *copy = sdblk_copy_entry_arr(arr);
+  ASSERT_NE(copy, nullptr);
+  EXPECT_EQ(entry_of(copy, "text").value.s, nullptr);
+  EXPECT_EQ(entry_of(copy, "texts").value.sa[1], nullptr);
+  freearr(copy, free_sdblk_entry);
+  freearr(arr, free_sdblk_entry);
+}
+
 TEST_F(EntryTree, ArraysWithoutElementsAreCopied) {
   Arr *empty = newarr();
   add(empty, kTexts, 0)->value.sa = zeroed<char *>(1);
@@ -653,6 +665,15 @@ std::string data_record() {
       512);
 }
 
+TEST(CopyOfABlock, OfNegativeLengthFails) {
+  std::string raw = "050";
+  SDBlk block = {};
+  block.blockette_raw = raw.data();
+  block.blockette_length = -1;
+  EXPECT_EQ(sdblk_copy(&block), nullptr);
+  EXPECT_EQ(registered().rfind("sdblk_copy: malloc (blockette_raw,-1) error.\n", 0), 0U);
+}
+
 TEST(CopyOfABlock, ChainStaysWithTheSource) {
   BlockReader reader(data_record());
   const SDBlk *blk = reader.decode_next();
@@ -776,6 +797,16 @@ TEST(FreeBlock, BlockMadeByHandGoesWithItsNext) {
   blk->next = block_by_hand(1000);
   // A checker of memory sees what stays behind.
   sdblk_free(blk);
+}
+
+TEST(FreeBlock, BlocketteOfAChainStaysWithItsRecord) {
+  const DataRecord record = DataRecord{.time = {2021, 75}}.b100(20);
+  BlockReader reader(record.bytes(512));
+  const SDBlk *block = reader.decode_next();
+  ASSERT_NE(block->next, nullptr);
+  sdblk_free_single(block->next);
+  sdblk_free(block->next);
+  EXPECT_EQ(block->next->blockette_type, 100);
 }
 
 TEST(FreeBlock, SingleReleaseLeavesTheNextAlone) {

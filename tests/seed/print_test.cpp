@@ -246,6 +246,30 @@ TEST(HexRows, EndWithTheImage) {
 
 // ---- chained blockettes ----
 
+TEST(HexRows, OfARecordWithoutAVolumeAreTheFixedSection) {
+  const std::string bytes(48, '\x01');
+  SDBlk block = {};
+  block.data_ptr = bytes.data();
+  const std::string text = listing(&block, 1);
+  const std::string ones = "0101010101010101";
+  const std::string row = ones + ones;
+  EXPECT_NE(text.find("        " + row + row + "\n        " + row + blanks(32) + "\n"),
+            std::string::npos);
+  EXPECT_EQ(lines_of(text), 3U);
+}
+
+TEST(ChainedBlockette, MadeByHandHasNoBytes) {
+  SDBlk next = {};
+  next.blockette_type = 100;
+  next.blockette_length = 8;
+  BlockReader reader(VolumeWriter(512).data(data_record()).bytes());
+  SDBlk *block = reader.decode_next();
+  const std::size_t alone = lines_of(listing(block, 1));
+  block->next = &next;
+  EXPECT_EQ(lines_of(listing(block, 1)), alone + 1);
+  block->next = nullptr;
+}
+
 TEST(ChainedBlockette, HasHeaderBytesAndFields) {
   DataRecord record = data_record().b1000(10, 1, 9);
   record.forced_data_offset = 56;
@@ -375,6 +399,33 @@ TEST(FieldLine, ElementsHaveTheirIndex) {
   EXPECT_EQ(line_at(text, 2), "> da[0000]   = 0.500000\n");
   EXPECT_EQ(line_at(text, 10), "> keys[0007] = h\n");
   EXPECT_EQ(lines_of(text), 11U);
+}
+
+TEST(FieldLine, NullTextIsEmpty) {
+  std::array<char *, 1> texts = {nullptr};
+  Entries entries({field("text", SDBLK_STRING), field("sa", SDBLK_STRING_ARRAY)});
+  entries[0].value.s = nullptr;
+  entries[1].value.sa = texts.data();
+  EXPECT_EQ(entries.print(), "text       = \nsa[0000]   = \n");
+}
+
+TEST(FieldLine, IndexOverFourDigitsTakesItsRoom) {
+  std::vector<std::int32_t> integers(10001, 7);
+  Entries entries({field("ia", SDBLK_INT_ARRAY)});
+  entries[0].value.ia = integers.data();
+  entries[0].count = 10001;
+  const std::string text = entries.print();
+  EXPECT_NE(text.find("\nia[9999]   = 7\nia[10000]  = 7\n"), std::string::npos);
+}
+
+// An entry of another definition is printed as that one says, under the name of the field.
+TEST(FieldLine, KindIsThatOfTheEntrysDefinition) {
+  const SDBlkFieldDef text = field("other", SDBLK_STRING);
+  std::string value = "abc";
+  Entries entries({field("v", SDBLK_INT)});
+  entries[0].def = &text;
+  entries[0].value.s = value.data();
+  EXPECT_EQ(entries.print(), "v          = abc\n");
 }
 
 TEST(FieldLine, EmptyArraysHaveNoLine) {

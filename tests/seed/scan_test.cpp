@@ -157,6 +157,12 @@ TEST(ScanInt, OnlyTheWidthIsRead) {
   EXPECT_EQ(value, 0);
 }
 
+TEST(ScanInt, NegativeWidthIsABlankField) {
+  std::int32_t value = 5;
+  EXPECT_EQ(scan_int("12", nullptr, -1, &value), 0);
+  EXPECT_EQ(value, 0);
+}
+
 TEST(ScanInt, FormatReplacesNonDigits) {
   EXPECT_EQ(integer_of("1 ", "##"), (IntegerScan{1, 10}));
   EXPECT_EQ(integer_of("12a4", "####"), (IntegerScan{1, 1204}));
@@ -455,6 +461,8 @@ TEST(ScanStr, ZeroByteEndsTheText) {
 TEST(ScanStr, OnlyTheWidthIsRead) { EXPECT_EQ(string_of("ABCDEF", 3), "ABC"); }
 
 TEST(ScanStr, BytesAbove127AreNoWhiteSpace) { EXPECT_EQ(string_of("\xa0\x85", 2), "\xa0\x85"); }
+
+TEST(ScanStr, NegativeWidthIsABlankField) { EXPECT_EQ(string_of("ABC", -1), ""); }
 
 TEST(ScanStr, WidthOf16383IsTheWidest) {
   const std::string text(16384, 'x');

@@ -265,6 +265,15 @@ TEST(ElogInit, NameWithoutDirectoryIsWhole) {
   elog_init(0, nullptr);
 }
 
+TEST(ElogInit, WithoutANameThereIsNone) {
+  std::array<char *, 1> argv = {nullptr};
+  elog_init(1, argv.data());
+  EXPECT_EQ(elog_program_name(), nullptr);
+  elog_init(1, nullptr);
+  EXPECT_EQ(elog_program_name(), nullptr);
+  elog_init(0, nullptr);
+}
+
 TEST(ElogCommandline, PlainArgumentsAreJoinedByBlanks) {
   EXPECT_EQ(commandline_of({"./tarvik", "-lsize", "4096", "a_@%+=:,./-Z9"}),
             "./tarvik -lsize 4096 a_@%+=:,./-Z9");
@@ -285,6 +294,24 @@ TEST(ElogCommandline, MemoryExhaustedGivesNull) {
   memory_set_gate([](std::size_t) { return false; });
   EXPECT_EQ(elog_commandline_str(), nullptr);
   memory_set_gate(nullptr);
+}
+
+TEST(ElogCommandline, EndsWithTheFirstNullArgument) {
+  std::string name = "tarvik";
+  std::array<char *, 2> argv = {name.data(), nullptr};
+  elog_init(5, argv.data());
+  char *line = elog_commandline_str();
+  EXPECT_STREQ(line, "tarvik");
+  std::free(line);
+  elog_init(0, nullptr);
+}
+
+TEST(ElogCommandline, MemoryExhaustedNotifiesNothing) {
+  const LogCapture log;
+  memory_set_gate([](std::size_t) { return false; });
+  elog_commandline();
+  memory_set_gate(nullptr);
+  EXPECT_EQ(log.text, "");
 }
 
 TEST(ElogCommandline, IsNotified) {

@@ -94,6 +94,15 @@ TEST(Epoch2str, OtherConversionsAreThoseOfStrftime) {
   EXPECT_EQ(text_of(kBillion, "%n%t"), "\n\t");
 }
 
+TEST(Epoch2str, ModifiersMeanNothing) { EXPECT_EQ(text_of(0.0, "%EY %Oj %Ey"), "1970 001 70"); }
+
+TEST(Epoch2str, WidthOfAConversionIsThatOfStrftime) { EXPECT_EQ(text_of(0.0, "%5d|"), "00001|"); }
+
+TEST(Epoch2str, ConversionOf32CharactersGivesNothing) {
+  const std::string flags(30, '-');
+  EXPECT_EQ(text_of(0.0, ("<%" + flags + "d>").c_str()), "<>");
+}
+
 TEST(Epoch2str, MonthsOfLeapYears) {
   EXPECT_EQ(text_of(h2e(2000, 60, 0, 0, 0.0), "%F"), "2000-02-29");
   EXPECT_EQ(text_of(h2e(2001, 60, 0, 0, 0.0), "%F"), "2001-03-01");

@@ -20,6 +20,14 @@ TEST(Memory, ZeroedMemoryIsZero) {
   memory_free(memory);
 }
 
+TEST(Memory, ZeroBytesOfEveryKindAreAPiece) {
+  void *zeroed = memory_get_zeroed(0);
+  EXPECT_NE(zeroed, nullptr);
+  void *resized = memory_resize(zeroed, 0);
+  EXPECT_NE(resized, nullptr);
+  memory_free(resized);
+}
+
 TEST(Memory, ResizeKeepsTheContents) {
   char *memory = static_cast<char *>(memory_resize(nullptr, 4));
   ASSERT_NE(memory, nullptr);

@@ -19,6 +19,8 @@
 #include <system_error>
 #include <vector>
 
+#include "support/memory.h"
+
 namespace {
 
 // True when fix_strtod and strtod agree in every bit and in where they stop.
@@ -73,6 +75,8 @@ TEST(Chomp, EmptyTextStays) {
   EXPECT_STREQ(text.c_str(), "");
 }
 
+TEST(Chomp, NullIsLeftAlone) { EXPECT_NO_FATAL_FAILURE(chomp(nullptr)); }
+
 TEST(ReadReal, PlainDecimals) {
   expect_real("1.5", 1.5, 3);
   expect_real("-12.25abc", -12.25, 6);
@@ -111,6 +115,13 @@ TEST(ReadReal, BeyondTheRangeIsInfiniteOrZero) {
   expect_real("-1e99999999999999999999", -HUGE_VAL, 23);
   expect_real("1e-999", 0.0, 6);
   expect_real("0e99999999999999999999", 0.0, 22);
+}
+
+TEST(ReadReal, HexadecimalWithoutMemoryTakesNothing) {
+  expect_real("0x1p3", 8.0, 5);
+  memory_set_gate([](std::size_t) { return false; });
+  expect_real("0x1p3", 0.0, 0);
+  memory_set_gate(nullptr);
 }
 
 TEST(FixStrtod, NullEndIsAllowed) { EXPECT_EQ(fix_strtod("2.5x", nullptr), 2.5); }
