@@ -432,6 +432,16 @@ TEST(LongText, OfTheBuffersSizeIsFatal) {
             "sdblk_unstuff_sblk: text of 4097 bytes does not fit the 4096 byte buffer\n");
 }
 
+TEST(LongText, NumberOfMoreThan80CharactersIsFatal) {
+  const std::string digits(81, '0');
+  LogCapture log;
+  const FatalHook hook;
+  EXPECT_THROW(Walk(digits, {field("n", 'D', 81, "", SDBLK_INT)}).run(), Fatal);
+  EXPECT_EQ(log.take(), "scan_int: text of 82 bytes does not fit the 80 byte buffer\n");
+  EXPECT_THROW(Walk(digits, {field("r", 'F', 81, "", SDBLK_DOUBLE)}).run(), Fatal);
+  EXPECT_EQ(log.take(), "scan_double: text of 82 bytes does not fit the 80 byte buffer\n");
+}
+
 TEST(LongText, BlanksAroundItDoNotCount) {
   const std::string blanks(3000, ' ');
   BlockReader reader(one('A', ControlBlockette(33).raw("001").var(blanks + "x" + blanks), 8192));

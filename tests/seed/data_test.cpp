@@ -614,6 +614,20 @@ TEST(CutRecord, WithoutDataOffsetFailsWhereAProgramSetTheBlocketteOffset) {
   sdblk_clear(block);
 }
 
+TEST(CutRecord, ShorterThanItsHeaderHasNoFields) {
+  // Read with a length of 7, at which a header stands again.
+  BlockReader reader("000001D000002D " + std::string(64, ' '), 7);
+  SDBlk *block = reader.next();
+  const Outcome outcome = decode(block);
+  EXPECT_EQ(block->logical_length, 7);
+  EXPECT_EQ(outcome.result, -1);
+  EXPECT_EQ(outcome.messages,
+            "sdblk_getv: entry 'blk_offset' not defined.\n"
+            "sdblk_unstuff_dblk: sdblk_getv (FIXED->blk_offset) error.\n"
+            "sdblk_unstuffblk: sdblk_unstuff_dblk error for B0099 at D:000001\n");
+  EXPECT_EQ(countarr(block->contents), 0);
+}
+
 TEST(CutRecord, EndsWithTheLengthInForceToo) {
   // A record of 64 bytes in front of others: what lies behind its end is not read.
   VolumeWriter writer(64);

@@ -284,6 +284,8 @@ TEST(ElogCommandline, OtherArgumentsAreQuoted) {
             "t '' 'a b' '$x' 'a\nb' '\xc3\xa4'");
 }
 
+TEST(ElogCommandline, BracesAreQuoted) { EXPECT_EQ(commandline_of({"t", "{a}"}), "t '{a}'"); }
+
 TEST(ElogCommandline, SingleQuoteIsQuoted) {
   EXPECT_EQ(commandline_of({"t", "it's"}), "t 'it'\\''s'");
 }

@@ -181,6 +181,11 @@ TEST(FixStrtod, SpecialFormsAreThoseOfStrtod) {
   }
 }
 
+TEST(FixStrtod, NanTakesAWordOnly) {
+  EXPECT_TRUE(agrees("nan(a_1)"));
+  EXPECT_TRUE(agrees("nan(a{)"));
+}
+
 TEST(FixStrtod, LongTextsAreThoseOfStrtod) {
   for (const std::size_t length : {1U, 10U, 30U, 400U, 900U, 3000U}) {
     const std::string zeros(length, '0');
