@@ -37,6 +37,9 @@ need_build() {
 }
 need_tests() {
   need libgtest-dev found /usr/include/gtest/gtest.h /usr/local/include/gtest/gtest.h
+  # For the manual pages and the completions.
+  need mandoc has mandoc
+  need zsh has zsh
 }
 need_bench() {
   need libbenchmark-dev installed libbenchmark-dev
@@ -53,10 +56,8 @@ need_ci() {
   need cppcheck has cppcheck
   need libclang-rt-14-dev installed libclang-rt-14-dev
   need llvm has llvm-cov
-  need mandoc has mandoc
   need pkg-config has pkg-config
   need valgrind has valgrind
-  need zsh has zsh
   need lintian has lintian
 }
 
