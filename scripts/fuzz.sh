@@ -42,6 +42,6 @@ for target in $targets; do
   mkdir -p "$corpus"
   echo "fuzz: $target, $seconds s" >&2
   "build/fuzz/fuzz/fuzz_$target" -dict=fuzz/seed.dict -max_total_time="$seconds" -timeout=30 \
-    -max_len="$(longest "$target")" -print_final_stats=1 -verbosity=0 \
+    -max_len="$(longest "$target")" -print_final_stats=1 -print_funcs=0 -verbosity=0 \
     -artifact_prefix="build/fuzz-findings/$target-" "$corpus" "fuzz/corpus/fuzz_$target"
 done

@@ -282,7 +282,8 @@ int Walker::decode_int_array(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   if (!read_count(field, entry)) return -1;
   entry->value.ia = take_elements<std::int32_t>(field, *entry, "ia");
   if (entry->value.ia == nullptr) return -1;
-  for (std::int32_t i = 0; i < entry->count; ++i) {
+  // Elements without bytes are 0, and stay so.
+  for (std::int32_t i = 0; i < entry->count && feed_.remaining >= 1; ++i) {
     const std::string_view text = extract(field, &feed_);
     if (scan_digits(text, field, &entry->value.ia[i]) < 0) return report_integer(text);
   }
@@ -293,7 +294,8 @@ int Walker::decode_double_array(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   if (!read_count(field, entry)) return -1;
   entry->value.da = take_elements<double>(field, *entry, "da");
   if (entry->value.da == nullptr) return -1;
-  for (std::int32_t i = 0; i < entry->count; ++i) {
+  // A count of 9999 over a few bytes costs no more than the zeros that are there already.
+  for (std::int32_t i = 0; i < entry->count && feed_.remaining >= 1; ++i) {
     if (scan_field(field, &entry->value.da[i]) < 0) return -1;
   }
   return 0;

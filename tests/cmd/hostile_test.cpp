@@ -181,6 +181,7 @@ std::vector<Hostile> large_volumes() {
   return {
       {"HeadersInsideARecord", hostile::overlapping_records(1), 0, ""},
       {"TextsThatOverlap", hostile::overlapping_texts(1), 0, "rest of the chain ignored.\n"},
+      {"RecordsReadAgain", hostile::steps_back(12), 0, ""},
       {"LongestChain", hostile::longest_chains(1), 0, ""},
       {"TenThousandAbbreviations", hostile::large_dictionary(10000), 0, ""},
       {"LongReferences", hostile::long_references(20), 0, ""},
@@ -208,6 +209,37 @@ TEST_P(HostileVolume, IsReadWithinLimits) {
         << option << "\n"
         << result.error.substr(0, 2000);
   }
+}
+
+class HostileLimits : public CommandFixture {
+ protected:
+  // The command without options on the volume, under limits.
+  [[nodiscard]] Result read(std::string_view bytes) const {
+    write(bytes);
+    Command limited = command_with({});
+    limited.program = "/bin/sh";
+    limited.arguments = {"sh", "-c", kLimits, "sh", TARVIK_BINARY, "v.seed"};
+    return command::run(limited);
+  }
+};
+
+// Ten thousand abbreviations of 80 KB each take more than the limit lets through.
+TEST_F(HostileLimits, MemoryThatCannotBeHadIsAnOrdinaryFailure) {
+#ifdef TESTS_UNDER_SANITIZERS
+  GTEST_SKIP() << "no limit on memory under sanitizers";
+#endif
+  const Result result = read(hostile::broken_promises(10000));
+  EXPECT_EQ(result.status, 1);
+  EXPECT_NE(result.error.find("    Cannot allocate memory\n"), std::string::npos) << result.error;
+  EXPECT_NE(result.error.find("sdblk_unstuffblk (v.seed) error.\n"), std::string::npos)
+      << result.error;
+}
+
+// 200000 blockettes of 9999 elements each, in 40 KB.
+TEST_F(HostileLimits, ElementsWithoutBytesTakeNoTime) {
+  const Result result = read(hostile::steps_back(640));
+  EXPECT_EQ(result.signal, 0);
+  EXPECT_EQ(result.status, 0) << result.error;
 }
 
 std::string name_of(const testing::TestParamInfo<Hostile> &test) { return test.param.name; }

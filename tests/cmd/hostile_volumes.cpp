@@ -1,5 +1,7 @@
 #include "tests/cmd/hostile_volumes.h"
 
+#include <algorithm>
+
 #include "tests/util/volume_writer.h"
 
 namespace hostile {
@@ -79,15 +81,15 @@ std::string overlapping_records(int count) {
   return out.bytes();
 }
 
-std::string overlapping_texts(int count) {
-  constexpr unsigned kSteps = 64;
-  constexpr unsigned kFirst =
-      4;  // step to which the chain leads; no offset has a 0 byte from there on
-  VolumeWriter out(std::size_t{kSteps} * kStep);
+std::string overlapping_texts(int count, unsigned steps) {
+  // The chain leads from here on: smaller offsets have a 0 byte, which ends a text.
+  constexpr unsigned kFirst = 4;
+  const unsigned chained = std::min(steps, 1024U);  // offsets have 16 bits
+  VolumeWriter out(std::size_t{steps} * kStep);
   for (int n = 0; n < count; ++n) {
     std::string image;
-    for (unsigned i = 0; i < kSteps; ++i) {
-      const unsigned next = kFirst + (i + 7) % (kSteps - kFirst);
+    for (unsigned i = 0; i < steps; ++i) {
+      const unsigned next = kFirst + (i + 7) % (chained - kFirst);
       std::string step(kStep, 'x');
       put(&step, 0, record().bytes(kStep, out.next_sequence()).substr(0, 8));
       put(&step, 20, u16(2020) + u16(257));
@@ -97,7 +99,9 @@ std::string overlapping_texts(int count) {
       image += step;
     }
     out.raw_record(image);
-    out.control('V', "   ").new_record().control('V', "   ").new_record();
+    // Behind it nothing but ends of texts, for two records.
+    const std::string ends = "   " + std::string(image.size() - 11, '~');
+    out.control('V', ends).control('V', ends);
   }
   return out.bytes();
 }
@@ -106,6 +110,24 @@ std::string broken_promises(int count) {
   VolumeWriter out(4096);
   for (int i = 0; i < count; ++i) out.control('A', filter(i, 9999).raw("0"));
   return out.bytes();
+}
+
+std::string steps_back(int count) {
+  std::string record = "000001S " + ControlBlockette(61)
+                                        .digits(1, 2)
+                                        .var("F")
+                                        .fixed("A", 1)
+                                        .digits(0, 3)
+                                        .digits(0, 3)
+                                        .digits(9999, 4)
+                                        .raw("0")
+                                        .text_with_length(kStep);
+  record.resize(kStep, '0');
+  std::string bytes;
+  for (int i = 0; i < count; ++i) bytes += record;
+  const ControlBlockette identifier =
+      ControlBlockette(10).raw("02.3").digits(6, 2).var("").var("").var("").var("").var("");
+  return bytes + VolumeWriter(std::size_t{2} * kStep).control('S', identifier).bytes();
 }
 
 std::string large_dictionary(int count) {

@@ -15,10 +15,15 @@ std::string longest_chains(int count);
 // and two records of blanks behind each.
 std::string overlapping_records(int count);
 // The same with chains of opaque blockettes, each of which takes the rest of the record as its
-// texts.
-std::string overlapping_texts(int count);
+// texts; records of so many times 64 bytes.
+std::string overlapping_texts(int count, unsigned steps = 64);
 // Dictionary blockettes that promise 9999 coefficients and hold one byte.
 std::string broken_promises(int count);
+// Control records of 64 bytes, none followed by the next number, so that each reaches to the end of
+// the volume; there a volume identifier puts the reader back to 64 bytes behind the record's start.
+// The blockettes promise 9999 coefficients and hold one byte, and all are read once for each
+// record.  At most 2048 records make sense.
+std::string steps_back(int count);
 // Abbreviations with codes of their own, up to ten thousand.
 std::string large_dictionary(int count);
 // Response references, each to an abbreviation of 2000 lines.

@@ -62,7 +62,7 @@ struct Channel {
   int instrument = 2;
   int units = 3;
   std::string_view begin = "2018,120";
-  std::string_view end = "";
+  std::string_view end = {};
 };
 
 ControlBlockette channel(const Channel &channel) {
