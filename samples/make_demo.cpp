@@ -22,7 +22,7 @@ constexpr std::size_t kDataLength = 512;
 constexpr std::size_t kLongDataLength = 4096;
 
 constexpr std::string_view kNetwork = "XX";
-constexpr std::string_view kOpenEnd = "";  // an epoch that still runs
+constexpr std::string_view kOpenEnd;  // an epoch that still runs
 
 // Lookup codes of the abbreviations.
 enum Format : int { kInt32 = 1, kInt32Little, kText };

@@ -44,7 +44,7 @@ class LogCapture {
     const std::size_t before = bytes_.size();
     elog_clear_register(1);
     elog_flush();
-    const std::string texts = bytes_.substr(before);
+    std::string texts = bytes_.substr(before);
     bytes_.resize(before);
     return texts;
   }
