@@ -11,6 +11,11 @@
 
 namespace {
 
+// The process ends with the run, and the volume and the block with it: they are not released, and
+// stay in reach of whoever looks for leaks.
+SDBlkVol *open_volume = nullptr;
+SDBlk *last_block = nullptr;
+
 bool is_wanted(const Options &options, const SDBlk &block) {
   return options.types == nullptr || std::strchr(options.types, block.record_type) != nullptr;
 }
@@ -39,18 +44,18 @@ void complain_of_reading(const Options &options) {
 }
 
 // Reads the volume to its end.  False after a complaint.
-bool read_volume(const Options &options, SDBlkVol *vol, Tally *tally) {
-  Progress progress(progress_descriptor(options), vol->image_size);
-  SDBlk *block = nullptr;
+bool read_volume(const Options &options, Tally *tally) {
+  Progress progress(progress_descriptor(options), open_volume->image_size);
   while (true) {
-    const int result = sdblk_parseblk(vol, &block);
+    const int result = sdblk_parseblk(open_volume, &last_block);
+    SDBlk *block = last_block;
     if (result == SDBLK_EOF) return true;
     if (result < 0) {
       complain_of_reading(options);
       return false;
     }
     tally->count(*block);
-    progress.at(vol->offset);
+    progress.at(open_volume->offset);
     if (is_wanted(options, *block) && !show(options, block)) return false;
     if (stands_still(*block)) {
       elog_log(0, "B%4.4d at %c:%6.6d has length 0: cannot read on.\n", block->blockette_type,
@@ -64,13 +69,12 @@ bool read_volume(const Options &options, SDBlkVol *vol, Tally *tally) {
 }  // namespace
 
 int run(const Options &options) {
-  SDBlkVol *vol = sdblk_new(options.volume, nullptr, 0, options.logical_size);
-  if (vol == nullptr) elog_die(0, "sdblk_parse(%s) error.\n", options.volume);
-  guard_mapping(*vol);
+  open_volume = sdblk_new(options.volume, nullptr, 0, options.logical_size);
+  if (open_volume == nullptr) elog_die(0, "sdblk_parse(%s) error.\n", options.volume);
+  guard_mapping(*open_volume);
   Tally tally;
-  const bool complete = read_volume(options, vol, &tally);
+  const bool complete = read_volume(options, &tally);
   if (complete) output_print("EOF detected on %s.\n", options.volume);
   tally.print();
-  // The process ends now, and with it the volume and the block.
   return complete ? 0 : 1;
 }
