@@ -1,12 +1,9 @@
-# Keeps of a list of source files those that are there, so that the tree can be built while it grows.
+# A list of source files, all of which must be there: a test that is missing must not go unnoticed.
 function(tarvik_existing out)
-  set(found "")
   foreach(file IN LISTS ARGN)
-    if(EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${file}")
-      list(APPEND found "${file}")
-    else()
-      message(STATUS "Not there yet: ${CMAKE_CURRENT_SOURCE_DIR}/${file}")
+    if(NOT EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${file}")
+      message(FATAL_ERROR "There is no ${CMAKE_CURRENT_SOURCE_DIR}/${file}.")
     endif()
   endforeach()
-  set(${out} "${found}" PARENT_SCOPE)
+  set(${out} "${ARGN}" PARENT_SCOPE)
 endfunction()

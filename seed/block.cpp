@@ -111,6 +111,14 @@ void block_drop_chain(SDBlk *block) noexcept {
   storage->shares_chain = false;
 }
 
+void block_forget_fields(SDBlk *block) noexcept {
+  Arr *contents = block->contents;
+  if (contents != nullptr && contents->count > 0 && contents->root == contents &&
+      !contents->foreign) {
+    arr_clear(contents, free_sdblk_entry);
+  }
+}
+
 void sdblk_clear(SDBlk *block) {
   if (block == nullptr) return;
   if (block->next != nullptr) block_drop_chain(block);

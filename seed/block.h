@@ -37,4 +37,7 @@ SDBlk *block_take_chained(SDBlk *record) noexcept;
 // Takes the chain off a block; what the library made for it is kept for the next record.
 void block_drop_chain(SDBlk *block) noexcept;
 
+// Takes the decoded fields off a block that is decoded again; what a program set by hand stays.
+void block_forget_fields(SDBlk *block) noexcept;
+
 #endif  // SEED_BLOCK_H_

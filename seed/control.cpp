@@ -1,26 +1,17 @@
 // Decoding of a block, and of control blockettes.
+#include "seed/block.h"
 #include "seed/sdblk.h"
 #include "seed/walk.h"
-#include "support/arr_impl.h"
 
 namespace {
 
 constexpr std::int32_t kPrefixSize = 7;  // blockette type and length in front of the fields
 
-// Decoding again replaces what was decoded; what a program set by hand stays.
-void forget_decoded(SDBlk *block) {
-  Arr *contents = block->contents;
-  if (contents != nullptr && contents->count > 0 && contents->root == contents &&
-      !contents->foreign) {
-    arr_clear(contents, free_sdblk_entry);
-  }
-}
-
 }  // namespace
 
 int sdblk_unstuff_blk(SDBlkVol *vol, SDBlk *block) {
   if (block->blkdef == nullptr || block->blockette_raw == nullptr) return 0;
-  forget_decoded(block);
+  block_forget_fields(block);
   Feed feed = {block->blockette_raw + kPrefixSize, block->blockette_length - kPrefixSize};
   return walk_fields(&block->contents, &feed, {vol, block->big_endian != 0}, 1,
                      block->blkdef->nfields, block->blkdef->fields, nullptr);

@@ -5,7 +5,6 @@
 #include "seed/block.h"
 #include "seed/sdblk.h"
 #include "seed/walk.h"
-#include "support/arr_impl.h"
 #include "support/byteorder.h"
 #include "support/epoch.h"
 
@@ -193,12 +192,6 @@ int decode_chain(const WalkContext &context, SDBlk *blk, const Record &record,
   return 0;
 }
 
-void forget_decoded(SDBlk *blk) {
-  block_drop_chain(blk);
-  if (blk->contents != nullptr && !blk->contents->foreign)
-    arr_clear(blk->contents, free_sdblk_entry);
-}
-
 }  // namespace
 
 int sdblk_unstuff_dblk(SDBlkVol *vol, SDBlk *block) {
@@ -209,7 +202,8 @@ int sdblk_unstuff_dblk(SDBlkVol *vol, SDBlk *block) {
   }
   const Record record = record_of(vol, block);
   const WalkContext context = {vol, is_big_endian(record)};
-  forget_decoded(block);
+  block_drop_chain(block);
+  block_forget_fields(block);
   block->big_endian = context.big_endian ? 1 : 0;
   Feed feed = feed_from(record, kHeaderSize);
   if (walk_fields(&block->contents, &feed, context, 1, block->blkdef->nfields,
