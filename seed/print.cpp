@@ -60,10 +60,16 @@ class IndexText {
 void print_text_rows(std::string_view prefix, const char *bytes, std::int64_t length) {
   for (std::int64_t position = 0; position < length; position += kTextRow) {
     const auto size = static_cast<std::size_t>(std::min(length - position, kTextRow));
-    const std::string_view row(bytes + position, strnlen(bytes + position, size));
+    const char *row = bytes + position;
     char *out = elog_reserve(prefix.size() + kNumberRoom);
     out = put_text(put_text(out, prefix), kIndent);
-    elog_commit(put_char(put_padded(out, row, kRowColumns), '\n'));
+    if (size == kTextRow && std::memchr(row, '\0', kTextRow) == nullptr) [[likely]] {
+      std::memcpy(out, row, kTextRow);
+      out += kTextRow;
+    } else {
+      out = put_padded(out, {row, strnlen(row, size)}, kRowColumns);
+    }
+    elog_commit(put_char(out, '\n'));
   }
 }
 
@@ -71,9 +77,11 @@ void print_hex_rows(std::string_view prefix, const char *bytes, std::int64_t len
   for (std::int64_t position = 0; position < length; position += kHexRow) {
     const auto count = static_cast<std::size_t>(std::min(length - position, kHexRow));
     char *out = elog_reserve(prefix.size() + kNumberRoom);
-    out = put_hex(put_text(put_text(out, prefix), kIndent), bytes + position, count);
-    out = put_padded(out, {}, kRowColumns - 2 * count);
-    elog_commit(put_char(out, '\n'));
+    out = put_text(put_text(out, prefix), kIndent);
+    // Blanks up to the row's end, and over what put_hex leaves behind its digits.
+    std::memset(out, ' ', kRowColumns);
+    std::memset(put_hex(out, bytes + position, count), ' ', kHexSurplus);
+    elog_commit(put_char(out + kRowColumns, '\n'));
   }
 }
 
@@ -127,16 +135,12 @@ void print_chained_header(const SDBlk &chained, std::string_view prefix, std::in
 
 // ---- fields ----
 
-// What stands in front of every field of one repetition.  Nearly all are short: those are copied in
-// one piece of fixed size, and what comes next overwrites the surplus.
-class LinePrefix {
+// A text that many lines begin with.  Nearly all are short: those are copied in one piece of fixed
+// size, and what comes next overwrites the surplus.
+template <std::size_t Size>
+class LineStart {
  public:
-  LinePrefix(std::string_view first, std::string_view second)
-      : size_(first.size() + second.size()) {
-    require_fit("sdblk_print_sblk", size_, kRepetitionBuffer);
-    put_text(put_text(text_.data(), first), second);
-  }
-  char *put(char *out) const {
+  [[nodiscard]] char *put(char *out) const {
     std::memcpy(out, text_.data(), kPiece);
     if (size_ > kPiece) std::memcpy(out + kPiece, text_.data() + kPiece, size_ - kPiece);
     return out + size_;
@@ -144,11 +148,46 @@ class LinePrefix {
   [[nodiscard]] std::string_view text() const { return {text_.data(), size_}; }
   [[nodiscard]] std::size_t size() const { return size_; }
 
+ protected:
+  void append(std::string_view text) {
+    put_text(text_.data() + size_, text);
+    size_ += text.size();
+  }
+  void cut(std::size_t size) { size_ = size; }
+
+  std::size_t size_ = 0;
+  std::array<char, Size> text_;
+
  private:
   static constexpr std::size_t kPiece = 32;
+  static_assert(Size >= kPiece);
+};
 
-  std::size_t size_;
-  std::array<char, kRepetitionBuffer> text_;
+// Whether the index behind the one before differs from it in its four digits alone.
+bool only_digits_change(std::int64_t index) { return index > 0 && index < 10000; }
+
+// What stands in front of every field of one repetition: the prefix of all, and "[0007]." where
+// there are several.
+class LinePrefix : public LineStart<kRepetitionBuffer> {
+ public:
+  // For indexes from 0 to count - 1, each one more than the one before.
+  void number(std::string_view prefix, std::int64_t index, std::int64_t count) {
+    if (count == 1) {
+      set(prefix, {});
+    } else if (only_digits_change(index)) {
+      put_digits<4>(text_.data() + prefix.size() + 1, index);
+    } else {
+      set(prefix, IndexText(index, ".").text());
+    }
+  }
+
+ private:
+  void set(std::string_view prefix, std::string_view index) {
+    require_fit("sdblk_print_sblk", prefix.size() + index.size(), kRepetitionBuffer);
+    cut(0);
+    append(prefix);
+    append(index);
+  }
 };
 
 std::string_view key_of(const SDBlkFieldDef &field) {
@@ -156,34 +195,40 @@ std::string_view key_of(const SDBlkFieldDef &field) {
                                : std::string_view(field.key, field.key_length);
 }
 
-// What stands between prefix and value of an array's elements, one after the other: "key[0007] = ".
-class ElementLabel {
+// What stands in front of the values of an array's elements: prefix and "key[0007] = ".
+class ElementStart : public LineStart<kRepetitionBuffer + kNameBuffer + kNameColumns> {
  public:
-  explicit ElementLabel(std::string_view key) : key_size_(key.size()) {
+  ElementStart(const LinePrefix &prefix, std::string_view key)
+      : key_size_(key.size()), bracket_(prefix.size() + key.size()) {
     require_fit("sdblk_print_sblk", key_size_, kNameBuffer);
-    put_text(text_.data(), key);
+    append(prefix.text());
+    append(key);
   }
   // For indexes from 0 on, each one more than the one before.
-  std::string_view next(std::int32_t index) {
-    char *place = text_.data() + key_size_;
-    // As long as four digits are enough, only they change.
-    if (index > 0 && index < 10000) {
-      put_digits<4>(place + 1, index);
-    } else {
-      const IndexText text(index);
-      const std::size_t name_size = key_size_ + text.text().size();
-      require_fit("sdblk_print_sblk", name_size, kNameBuffer);
-      const std::size_t columns = name_size < kNameColumns ? kNameColumns - key_size_ : 0;
-      size_ = static_cast<std::size_t>(put_text(put_padded(place, text.text(), columns), " = ") -
-                                       text_.data());
-    }
-    return {text_.data(), size_};
+  void number(std::int64_t index) {
+    index_ = index;
+    if (only_digits_change(index)) return;
+    const IndexText text(index);
+    const std::size_t name_size = key_size_ + text.text().size();
+    require_fit("sdblk_print_sblk", name_size, kNameBuffer);
+    constexpr std::string_view kBlanks = "          ";
+    static_assert(kBlanks.size() == kNameColumns);
+    cut(bracket_);
+    append(text.text());
+    append(kBlanks.substr(std::min(name_size, kNameColumns)));
+    append(" = ");
+  }
+  // The digits are changed behind the copy: a change in front would hold it up.
+  [[nodiscard]] char *put(char *out) const {
+    char *end = LineStart::put(out);
+    if (only_digits_change(index_)) put_digits<4>(out + bracket_ + 1, index_);
+    return end;
   }
 
  private:
   std::size_t key_size_;
-  std::size_t size_ = 0;
-  std::array<char, kNameBuffer + 32> text_;
+  std::size_t bracket_;  // where the index stands
+  std::int64_t index_ = 0;
 };
 
 // One line of the listing, up to its value: the place of the value.
@@ -199,11 +244,9 @@ class FieldLine {
     std::memcpy(out_, field.label, sizeof field.label);
     out_ += field.label_length;
   }
-  // The same of an element of an array, with the label that it has there.
-  FieldLine(const LinePrefix &prefix, std::string_view label, std::size_t value_size = 0)
-      : out_(prefix.put(elog_reserve(prefix.size() + label.size() + value_size + kNumberRoom))) {
-    out_ = put_text(out_, label);
-  }
+  // The same of an element of an array, with its name there.
+  explicit FieldLine(const ElementStart &start, std::size_t value_size = 0)
+      : out_(start.put(elog_reserve(start.size() + value_size + kNumberRoom))) {}
 
   void finish_text(std::string_view value) { elog_commit(put_char(put_text(out_, value), '\n')); }
   void finish_real(double value) { elog_commit(put_char(put_fixed(out_, value, 6), '\n')); }
@@ -257,16 +300,20 @@ void print_group(const SDBlkFieldDef &field, const SDBlkEntry &entry, const Line
 template <typename Print>
 void for_each_element(const SDBlkFieldDef &field, const SDBlkEntry &entry, const LinePrefix &prefix,
                       Print print) {
-  ElementLabel label(key_of(field));
-  for (std::int32_t i = 0; i < entry.count; ++i) print(FieldLine(prefix, label.next(i)), i);
+  ElementStart start(prefix, key_of(field));
+  for (std::int32_t i = 0; i < entry.count; ++i) {
+    start.number(i);
+    print(FieldLine(start), i);
+  }
 }
 
 void print_string_array(const SDBlkFieldDef &field, const SDBlkEntry &entry,
                         const LinePrefix &prefix) {
-  ElementLabel label(key_of(field));
+  ElementStart start(prefix, key_of(field));
   for (std::int32_t i = 0; i < entry.count; ++i) {
     const std::string_view text = text_of(entry.value.sa[i]);
-    FieldLine(prefix, label.next(i), text.size()).finish_text(text);
+    start.number(i);
+    FieldLine(start, text.size()).finish_text(text);
   }
 }
 
@@ -298,8 +345,7 @@ void print_string(const SDBlkFieldDef &field, const SDBlkEntry &entry, const Lin
 }
 
 void print_entry(const SDBlkFieldDef &field, const SDBlkEntry &entry, const LinePrefix &prefix) {
-  // Most often the definition is at hand already.
-  switch (entry.def == &field ? field.kind : entry.def->kind) {
+  switch (entry.def->kind) {
     case SDBLK_INT:
       print_integer(FieldLine(prefix, field), prefix, entry.value.i, entry.ref);
       return;
@@ -333,9 +379,9 @@ void print_repetition(const Arr *array, const LinePrefix &prefix, std::int64_t n
 
 void print_fields(Arr *const *arrays, std::int64_t count, std::string_view prefix,
                   std::int64_t nfields, const SDBlkFieldDef *fields) {
+  LinePrefix repetition;
   for (std::int64_t i = 0; i < count; ++i) {
-    const IndexText index(i, ".");
-    const LinePrefix repetition(prefix, count > 1 ? index.text() : std::string_view());
+    repetition.number(prefix, i, count);
     print_repetition(arrays[i], repetition, nfields, fields);
   }
 }

@@ -217,7 +217,7 @@ char *put_time(char *out, double epoch) {
   const DayText &date = day_text(day);
   out = put_text(out, {date.text.data(), date.length});
   const auto second_of_day = static_cast<int>(seconds - day * kDaySeconds);
-  out = put_char(put_digits(out, second_of_day / 3600, 2), ':');
-  out = put_char(put_digits(out, second_of_day / 60 % 60, 2), ':');
-  return put_digits(out, second_of_day % 60, 2);
+  out = put_char(put_digits<2>(out, second_of_day / 3600), ':');
+  out = put_char(put_digits<2>(out, second_of_day / 60 % 60), ':');
+  return put_digits<2>(out, second_of_day % 60);
 }

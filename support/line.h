@@ -81,16 +81,17 @@ inline char *put_pair(char *out, std::uint64_t value) {
   return out + 2;
 }
 
-// put_digits with a number of digits that is known beforehand.
+// put_digits with a number of digits, nine at most, that is known beforehand.
 template <int kDigits>
 char *put_digits(char *out, std::int64_t value) {
+  static_assert(kDigits <= 9);
   constexpr std::uint64_t kLimit = [] {
     std::uint64_t limit = 1;
     for (int i = 0; i < kDigits; ++i) limit *= 10;
     return limit;
   }();
-  auto rest = static_cast<std::uint64_t>(value);
-  if (rest >= kLimit) return put_digits(out, value, kDigits);
+  if (static_cast<std::uint64_t>(value) >= kLimit) return put_digits(out, value, kDigits);
+  auto rest = static_cast<std::uint32_t>(value);
   for (int at = kDigits - 2; at >= 0; at -= 2) {
     put_pair(out + at, rest % 100);
     rest /= 100;
@@ -100,7 +101,9 @@ char *put_digits(char *out, std::int64_t value) {
 }
 // "%.*f" / "%lf", decimals from 0 to 6, of any double: at most 320 bytes.
 char *put_fixed(char *out, double value, int decimals);
-// Two lower-case hexadecimal digits a byte.
+// Two lower-case hexadecimal digits a byte: room for kHexSurplus bytes more than they take, of
+// which some may be written too.
+inline constexpr std::size_t kHexSurplus = 32;
 char *put_hex(char *out, const char *bytes, std::size_t count);
 // "%Y:%j:%T" of an epoch, as epoch2str gives it: at most 32 bytes.
 char *put_time(char *out, double epoch);

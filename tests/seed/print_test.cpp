@@ -614,6 +614,18 @@ TEST(LongPrefix, OfOneRepetitionIsFatal) {
             "sdblk_print_sblk: text of 513 bytes does not fit the 512 byte buffer\n");
 }
 
+TEST(Repetitions, AreNumberedBeyondFourDigits) {
+  const SDBlkFieldDef def = field("n", SDBLK_INT);
+  const std::vector<Arr *> arrays(10001, nullptr);
+  LogCapture log;
+  sdblk_print_sblk(arrays.data(), 10001, "> ", 1, &def);
+  const std::string text = log.take();
+  EXPECT_TRUE(
+      text.starts_with("> [0000].n          = UNDEFINED\n> [0001].n          = UNDEFINED\n"));
+  EXPECT_TRUE(
+      text.ends_with("\n> [9999].n          = UNDEFINED\n> [10000].n          = UNDEFINED\n"));
+}
+
 TEST(LongPrefix, OfRepetitionsCountsItsIndex) {
   const SDBlkFieldDef def = field("n", SDBLK_INT);
   const std::array<Arr *, 2> arrays = {nullptr, nullptr};

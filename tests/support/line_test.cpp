@@ -5,11 +5,13 @@
 #include <array>
 #include <bit>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <limits>
 #include <random>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -162,6 +164,40 @@ TEST(PutFixed, HalvesAreThoseOfPrintf) {
   for (int odd = 1; odd < 2000; odd += 2) {
     for (int power = 1; power < 12; ++power) {
       ASSERT_EQ(differences(std::ldexp(odd, -power)), 0) << odd << " " << power;
+    }
+  }
+}
+
+TEST(PutFixed, MillionthsNearlyHalfWayAreThoseOfPrintf) {
+  std::mt19937_64 random(4);
+  for (int i = 0; i < 20000; ++i) {
+    const auto whole = static_cast<double>(random() % 5000000000);
+    const double half_way = (whole + 0.5) / 1e6;
+    ASSERT_EQ(differences(half_way), 0) << std::hexfloat << half_way;
+    ASSERT_EQ(differences(std::nextafter(half_way, 0.0)), 0) << std::hexfloat << half_way;
+    ASSERT_EQ(differences(-std::nextafter(half_way, 1e6)), 0) << std::hexfloat << half_way;
+    const double near =
+        (whole + 0.5 + 0.002 * (static_cast<double>(random() % 1000) / 1000 - 0.5)) / 1e6;
+    ASSERT_EQ(differences(near), 0) << std::hexfloat << near;
+  }
+}
+
+TEST(PutHex, EveryByteAtEveryLength) {
+  std::string bytes;
+  std::string expected;
+  for (int i = 0; i < 256; ++i) {
+    bytes.push_back(static_cast<char>(i));
+    std::array<char, 4> digits;
+    std::snprintf(digits.data(), digits.size(), "%02x", static_cast<unsigned>(i));
+    expected += digits.data();
+  }
+  for (std::size_t start = 0; start < bytes.size(); start += 16) {
+    for (std::size_t size = 0; size <= 64 && start + size <= bytes.size(); ++size) {
+      // No byte more than given, so that the sanitizers see a step behind them.
+      const std::vector<char> piece(bytes.begin() + static_cast<std::ptrdiff_t>(start),
+                                    bytes.begin() + static_cast<std::ptrdiff_t>(start + size));
+      EXPECT_EQ(text_of([&](char *out) { return put_hex(out, piece.data(), size); }),
+                expected.substr(2 * start, 2 * size));
     }
   }
 }
