@@ -186,7 +186,7 @@ void scan_response_value(benchmark::State &state) {
   const std::string text = "-1.23456E-03";
   while (state.KeepRunning()) {
     double value = 0;
-    benchmark::DoNotOptimize(picture::read_field(text.data(), 12, &value));
+    benchmark::DoNotOptimize(picture::read_fields(text.data(), 12, 1, &value));
     benchmark::DoNotOptimize(value);
   }
 }

@@ -17,8 +17,9 @@ enum class Conversion : std::uint8_t {
   uword,
   integer32,  // LONG and ULONG: the same 32 bits
   lookup_code,
-  real,  // decimal real number
-  time,  // SEED time text
+  real,        // decimal real number
+  scientific,  // the same, most likely written as "-#.#####E-##"
+  time,        // SEED time text
   btime,
   ieee_float,
   int_array,
@@ -42,6 +43,7 @@ constexpr Conversion conversion_of_real(std::string_view format) {
   if (format == "TIME") return Conversion::time;
   if (format == "BTIME") return Conversion::btime;
   if (format == "FLOAT") return Conversion::ieee_float;
+  if (format == "-#.#####E-##") return Conversion::scientific;
   return Conversion::real;
 }
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "seed/block.h"
+#include "seed/layout.h"
 #include "seed/sdblk.h"
 #include "seed/walk.h"
 #include "support/byteorder.h"
@@ -163,10 +164,7 @@ int decode_chained(const WalkContext &context, SDBlk *record, const Record &byte
   feed.cursor += kBlocketteHeaderSize;
   feed.remaining -= static_cast<std::int32_t>(kBlocketteHeaderSize);
   if (blk->blkdef != nullptr) {
-    if (walk_fields(&blk->contents, &feed, context, 1, blk->blkdef->nfields, blk->blkdef->fields,
-                    nullptr) < 0) {
-      return -1;
-    }
+    if (unpack_fields(&blk->contents, feed, context, *blk->blkdef) < 0) return -1;
     if (type == kDataOnlyType && !adopt_length(record, blk)) return -1;
   }
   *tail = blk;
@@ -205,9 +203,8 @@ int sdblk_unstuff_dblk(SDBlkVol *vol, SDBlk *block) {
   block_drop_chain(block);
   block_forget_fields(block);
   block->big_endian = context.big_endian ? 1 : 0;
-  Feed feed = feed_from(record, kHeaderSize);
-  if (walk_fields(&block->contents, &feed, context, 1, block->blkdef->nfields,
-                  block->blkdef->fields, nullptr) < 0) {
+  if (unpack_fields(&block->contents, feed_from(record, kHeaderSize), context, *block->blkdef) <
+      0) {
     return -1;
   }
   std::int32_t offset = 0;

@@ -9,6 +9,7 @@
 #include "seed/block.h"
 #include "seed/scan.h"
 #include "seed/sdblk.h"
+#include "support/digits.h"
 #include "support/line.h"
 
 namespace {
@@ -19,6 +20,7 @@ constexpr std::int32_t kSequenceSize = 6;  // digits of a sequence number
 constexpr std::int32_t kShortestRecord = 64;
 constexpr std::int32_t kLongestRecord = 131072;
 constexpr std::int32_t kDataStep = 64;  // a data record's header is looked for in such steps
+constexpr std::int64_t kPrefetchAhead = 2048;
 // A mapping's pages this far behind the reading position are given back, in pieces of this size.
 constexpr std::int64_t kKeepBehind = std::int64_t{1} << 20;
 constexpr std::int64_t kGiveBack = std::int64_t{8} << 20;
@@ -107,11 +109,21 @@ bool measure_record(SDBlkVol *vol) {
   return true;
 }
 
+// The sequence number at the start of a header, which is in the image whole.
+bool read_sequence(const char *header, std::int32_t *sequence) {
+  std::uint64_t number = 0;
+  if (read_eight_digits(first_of_eight<kSequenceSize>(header), &number)) [[likely]] {
+    *sequence = static_cast<std::int32_t>(number);
+    return true;
+  }
+  return scan_integer(until_zero({header, kSequenceSize}), nullptr, sequence) >= 0;
+}
+
 bool read_header(SDBlkVol *vol) {
   vol->record_offset = vol->offset;
   give_back_pages(vol);
   const char *header = vol->cursor;
-  if (scan_integer(until_zero({header, kSequenceSize}), nullptr, &vol->logical_sequence) < 0) {
+  if (!read_sequence(header, &vol->logical_sequence)) {
     elog_log(
         0, "sdblk_parseblk: scan_int(logical_sequence,'%c%c%c%c%c%c') error at %ld bytes offset\n",
         header[0], header[1], header[2], header[3], header[4], header[5],
@@ -162,6 +174,8 @@ bool find_data_block(SDBlkVol *vol) {
   const char *record = vol->image + vol->record_offset;
   const std::int64_t in_image = vol->image_size - vol->record_offset;
   for (std::int64_t pos = vol->record_pos;; pos += kDataStep) {
+    // The walk touches every line of the cache, faster than the machine foresees.
+    if (pos + kPrefetchAhead < in_image) __builtin_prefetch(record + pos + kPrefetchAhead);
     if (pos + kHeaderSize <= in_image && std::memcmp(record + pos, record, kHeaderSize) == 0) {
       move_to(vol, vol->record_offset + pos);
       vol->record_pos = static_cast<std::int32_t>(pos);

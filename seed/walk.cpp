@@ -2,24 +2,22 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cerrno>
 #include <cstring>
 
+#include "seed/binary.h"
 #include "seed/conversion.h"
 #include "seed/picture.h"
 #include "seed/scan.h"
 #include "support/arr_impl.h"
 #include "support/bounded.h"
 #include "support/byteorder.h"
-#include "support/epoch.h"
 #include "support/line.h"
 
 namespace {
 
 constexpr std::size_t kTextBuffer = 4096;
 constexpr std::size_t kReferenceBuffer = 128;
-constexpr std::size_t kBinaryTimeSize = 10;
 constexpr std::int32_t kShortField = 128;  // characters of the widest text field
 
 // ---- bytes to text ----
@@ -54,16 +52,6 @@ std::string_view extract(const SDBlkFieldDef &field, Feed *feed) {
   feed->cursor += taken;
   feed->remaining -= static_cast<std::int32_t>(taken);
   return text;
-}
-
-std::int32_t byte_at(const char *byte) { return std::bit_cast<std::int8_t>(*byte); }
-std::int32_t ubyte_at(const char *byte) { return static_cast<unsigned char>(*byte); }
-
-// A SEED binary time: year, day, hour, minute, second, an unused byte, ten-thousandths of a second.
-double binary_time(const char *time, bool big_endian) {
-  const double seconds = ubyte_at(time + 6) + 0.0001 * load_u16(time + 8, big_endian);
-  return h2e(load_u16(time, big_endian), load_u16(time + 2, big_endian), ubyte_at(time + 4),
-             ubyte_at(time + 5), seconds);
 }
 
 // ---- abbreviations ----
@@ -127,6 +115,7 @@ class Walker {
   int decode_text(const SDBlkFieldDef &field, SDBlkEntry *entry);
   int decode_digits(const SDBlkFieldDef &field, SDBlkEntry *entry);
   int decode_real(const SDBlkFieldDef &field, SDBlkEntry *entry);
+  int decode_scientific(const SDBlkFieldDef &field, SDBlkEntry *entry);
   int decode_int_array(const SDBlkFieldDef &field, SDBlkEntry *entry);
   int decode_double_array(const SDBlkFieldDef &field, SDBlkEntry *entry);
   int decode_string_array(const SDBlkFieldDef &field, SDBlkEntry *entry);
@@ -145,6 +134,7 @@ class Walker {
   template <std::size_t Size, typename Load>
   auto binary(const SDBlkFieldDef &field, Load load);
 
+  std::int32_t scan_run(const SDBlkFieldDef &field, std::int32_t count, double *values);
   int scan_field(const SDBlkFieldDef &field, double *value);
   int scan_digits(std::string_view text, const SDBlkFieldDef &field, std::int32_t *value);
   void refer(const SDBlkFieldDef &field, SDBlkEntry *entry);
@@ -235,7 +225,7 @@ int Walker::decode_digits(const SDBlkFieldDef &field, SDBlkEntry *entry) {
 // 0, or -1 with messages registered.
 int Walker::scan_field(const SDBlkFieldDef &field, double *value) {
   if (field.stype == 'F' && feed_.remaining >= field.width &&
-      picture::read_field(feed_.cursor, field.width, value)) [[likely]] {
+      picture::read_fields(feed_.cursor, field.width, 1, value) == 1) [[likely]] {
     take(field.width);
     return 0;
   }
@@ -246,10 +236,30 @@ int Walker::scan_field(const SDBlkFieldDef &field, double *value) {
   return -1;
 }
 
+// Reads numbers of the manual's pictures as far as they go, count at most; returns how many.
+std::int32_t Walker::scan_run(const SDBlkFieldDef &field, std::int32_t count, double *values) {
+  if (field.stype != 'F' || field.width < 1) return 0;
+  count = std::min(count, feed_.remaining / field.width);
+  const std::int32_t read = picture::read_fields(feed_.cursor, field.width, count, values);
+  take(read * field.width);
+  return read;
+}
+
 int Walker::decode_real(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   if (scan_field(field, &entry->value.d) == 0) return 0;
   dump();
   return -1;
+}
+
+// Nearly all numbers of a response are of this kind.
+int Walker::decode_scientific(const SDBlkFieldDef &field, SDBlkEntry *entry) {
+  constexpr std::int32_t kWidth = 12;
+  if (field.stype == 'F' && field.width == kWidth && feed_.remaining >= kWidth &&
+      picture::read<1, 5>(feed_.cursor, &entry->value.d)) [[likely]] {
+    take(kWidth);
+    return 0;
+  }
+  return decode_real(field, entry);
 }
 
 bool Walker::read_count(const SDBlkFieldDef &field, SDBlkEntry *entry) {
@@ -295,7 +305,8 @@ int Walker::decode_double_array(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   entry->value.da = take_elements<double>(field, *entry, "da");
   if (entry->value.da == nullptr) return -1;
   // A count of 9999 over a few bytes costs no more than the zeros that are there already.
-  for (std::int32_t i = 0; i < entry->count && feed_.remaining >= 1; ++i) {
+  std::int32_t i = scan_run(field, entry->count, entry->value.da);
+  for (; i < entry->count && feed_.remaining >= 1; ++i) {
     if (scan_field(field, &entry->value.da[i]) < 0) return -1;
   }
   return 0;
@@ -347,25 +358,24 @@ int Walker::decode(const SDBlkFieldDef &field, SDBlkEntry *entry) {
     case Conversion::byte: entry->value.i = binary<1>(field, byte_at); break;
     case Conversion::ubyte: entry->value.i = binary<1>(field, ubyte_at); break;
     case Conversion::word:
-      entry->value.i = binary<2>(
-          field, [=](const char *p) { return static_cast<std::int16_t>(load_u16(p, big_endian)); });
+      entry->value.i = binary<2>(field, [=](const char *p) { return word_at(p, big_endian); });
       break;
     case Conversion::uword:
       entry->value.i = binary<2>(field, [=](const char *p) { return load_u16(p, big_endian); });
       break;
     case Conversion::integer32:
-      entry->value.i = binary<4>(
-          field, [=](const char *p) { return static_cast<std::int32_t>(load_u32(p, big_endian)); });
+      entry->value.i = binary<4>(field, [=](const char *p) { return integer32_at(p, big_endian); });
       break;
     case Conversion::digits:
       if (decode_digits(field, entry) < 0) return -1;
       break;
     case Conversion::lookup_code: code_ = entry; return decode_digits(field, entry);
     case Conversion::real: return decode_real(field, entry);
+    case Conversion::scientific: return decode_scientific(field, entry);
     case Conversion::time: entry->value.d = seed_time(until_zero(extract(field, &feed_))); return 0;
     case Conversion::btime:
-      entry->value.d =
-          binary<kBinaryTimeSize>(field, [=](const char *p) { return binary_time(p, big_endian); });
+      entry->value.d = binary<kBinaryTimeSize>(
+          field, [=](const char *p) { return binary_time_at(p, big_endian); });
       return 0;
     case Conversion::ieee_float:
       entry->value.d = binary<4>(field, [=](const char *p) { return load_float(p, big_endian); });
@@ -382,35 +392,38 @@ int Walker::decode(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   return 0;
 }
 
-int report_entry(const SDBlkFieldDef &field) {
-  elog_log(1, "sdblk_unstuff_sblk: malloc(entry=%s,%ld) error.\n", field.key,
-           static_cast<long>(sizeof(SDBlkEntry)));
-  return -1;
-}
-
-Arr *new_array(Arr *parent, std::int32_t nfields) {
-  const auto capacity = static_cast<std::uint32_t>(nfields);
-  return parent == nullptr ? newarr() : arr_new_nested(parent, capacity);
+// Room for count entries of an array, which is made if there is none: nested in parent, or one of
+// its own.  nullptr when memory runs out.
+SDBlkEntry *take_entries(Arr **array, Arr *parent, std::uint32_t count) {
+  if (*array == nullptr && parent != nullptr) {
+    *array = arr_new_nested(parent, count, count * sizeof(SDBlkEntry));
+    return *array == nullptr ? nullptr : reinterpret_cast<SDBlkEntry *>((*array)->pairs + count);
+  }
+  if (*array == nullptr) *array = newarr();
+  if (*array == nullptr || !arr_reserve(*array, count)) return nullptr;
+  return (*array)->pool->take_array<SDBlkEntry>(count);
 }
 
 int Walker::repetition(Arr **array, std::int32_t nfields, const SDBlkFieldDef *fields,
                        Arr *parent) {
   if (nfields < 1) return 0;
-  if (*array == nullptr) *array = new_array(parent, nfields);
   const auto capacity = static_cast<std::uint32_t>(nfields);
-  if (*array == nullptr || !arr_reserve(*array, capacity)) return report_entry(fields[0]);
+  SDBlkEntry *entries = take_entries(array, parent, capacity);
+  if (entries == nullptr) return report_entry(fields[0]);
   array_ = *array;
   pool_ = array_->pool;
   code_ = nullptr;
   // The catalogue's keys are unique in their array; others may come twice.
   const bool append = array_->count == 0 && capacity < kArrIndexFrom &&
                       fields[0].conversion != static_cast<std::uint8_t>(Conversion::undecided);
-  auto *entries = pool_->take_array<SDBlkEntry>(capacity);
-  if (entries == nullptr) return report_entry(fields[0]);
   for (std::int32_t i = 0; i < nfields && feed_.remaining >= 1; ++i) {
     const SDBlkFieldDef &field = fields[i];
     SDBlkEntry *entry = &entries[i];
-    *entry = {&field, nullptr, 1, {}, 1};
+    entry->def = &field;
+    entry->ref = nullptr;
+    entry->count = 1;
+    entry->value = {};
+    entry->pooled = 1;
     if (decode(field, entry) < 0) return -1;
     if (append) {
       arr_append_constant(array_, field.key, entry);
@@ -423,6 +436,12 @@ int Walker::repetition(Arr **array, std::int32_t nfields, const SDBlkFieldDef *f
 }
 
 }  // namespace
+
+int report_entry(const SDBlkFieldDef &field) {
+  elog_log(1, "sdblk_unstuff_sblk: malloc(entry=%s,%ld) error.\n", field.key,
+           static_cast<long>(sizeof(SDBlkEntry)));
+  return -1;
+}
 
 int walk_fields(Arr **arrays, Feed *feed, const WalkContext &context, std::int32_t repetitions,
                 std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent) {

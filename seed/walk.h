@@ -24,6 +24,9 @@ struct WalkContext {
 int walk_fields(Arr **arrays, Feed *feed, const WalkContext &context, std::int32_t repetitions,
                 std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent);
 
+// Registers that there is no memory for a field's entry; -1.
+int report_entry(const SDBlkFieldDef &field);
+
 // Reads an integer field that most likely stands at a position of an entry array.  False, with a
 // message registered, when it is not there.
 bool get_integer(const Arr *contents, std::uint32_t position, const char *key, std::int32_t *value);

@@ -114,10 +114,11 @@ Arr *arr_new_pooled(std::size_t first_chunk_bytes) noexcept {
   return arr;
 }
 
-Arr *arr_new_nested(Arr *parent, std::uint32_t capacity) noexcept {
+Arr *arr_new_nested(Arr *parent, std::uint32_t capacity, std::size_t value_bytes) noexcept {
   Arena *pool = arr_pool(parent);
   if (pool == nullptr) return nullptr;
-  char *piece = static_cast<char *>(pool->take(sizeof(Arr) + capacity * sizeof(ArrPair)));
+  char *piece =
+      static_cast<char *>(pool->take(sizeof(Arr) + capacity * sizeof(ArrPair) + value_bytes));
   if (piece == nullptr) return nullptr;
   Arr *arr = new (piece) Arr{};
   arr->pairs = reinterpret_cast<ArrPair *>(piece + sizeof(Arr));

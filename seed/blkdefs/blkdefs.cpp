@@ -2,8 +2,11 @@
 #include "seed/blkdefs/blkdefs.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <iterator>
 #include <span>
 #include <string_view>
 
@@ -280,7 +283,31 @@ static_assert(every_field(group_is_sane));
 static_assert(every_field(repetition_is_sane));
 static_assert(every_field(text_is_there));
 
+// A binary field is as wide as its conversion.
+constexpr Layout layout_of(const SDBlkDef &def) {
+  Layout layout = {0, 0};
+  for (const SDBlkFieldDef &field : fields_of(def)) {
+    const bool is_text = field.stype == 'A' && field.kind == SDBLK_STRING;
+    if ((field.stype != 'B' && !is_text) || field.abbr_key != nullptr) return {0, 0};
+    layout.bytes += field.width;
+    if (is_text) layout.text_room += layout_text_room(field.width);
+  }
+  return layout;
+}
+
+constexpr auto layouts = [] {
+  std::array<Layout, SEED_BLKDEFS_COUNT> all = {};
+  std::transform(std::begin(seed_blkdefs), std::end(seed_blkdefs), all.begin(), layout_of);
+  return all;
+}();
+
 }  // namespace
+
+Layout blkdefs::find_layout(const SDBlkDef &def) {
+  const std::less<> before;
+  if (before(&def, seed_blkdefs) || !before(&def, seed_blkdefs + SEED_BLKDEFS_COUNT)) return {0, 0};
+  return layouts[static_cast<std::size_t>(&def - seed_blkdefs)];
+}
 
 void blkdefs::fill_index(std::span<const SDBlkDef> defs,
                          std::span<const SDBlkDef *, SEED_BLKDEFS_INDEX_SIZE> slots) {

@@ -1,0 +1,51 @@
+// Up to eight characters, most often decimal digits, as one word of which the first is the lowest
+// byte.
+#ifndef SUPPORT_DIGITS_H_
+#define SUPPORT_DIGITS_H_
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+
+inline std::uint64_t load_eight(const char *text) {
+  std::uint64_t characters = 0;
+  std::memcpy(&characters, text, sizeof characters);
+  if constexpr (std::endian::native == std::endian::big) {
+    characters = __builtin_bswap64(characters);
+  }
+  return characters;
+}
+
+inline void store_eight(char *text, std::uint64_t characters) {
+  if constexpr (std::endian::native == std::endian::big) {
+    characters = __builtin_bswap64(characters);
+  }
+  std::memcpy(text, &characters, sizeof characters);
+}
+
+inline constexpr std::uint64_t kEightZeros = 0x3030303030303030;  // "00000000"
+
+// The value of eight digits; false when one is no digit.
+inline bool read_eight_digits(std::uint64_t text, std::uint64_t *value) {
+  constexpr std::uint64_t kHigh = 0xF0F0F0F0F0F0F0F0;
+  if (((text & kHigh) | (((text + 0x0606060606060606) & kHigh) >> 4)) != 0x3333333333333333) {
+    return false;
+  }
+  // Neighbours are joined to pairs, pairs to fours, fours to eight.
+  text -= kEightZeros;
+  text = text * 10 + (text >> 8);
+  constexpr std::uint64_t kPairs = 0x000000FF000000FF;
+  *value = ((text & kPairs) * (100 + (std::uint64_t{1000000} << 32)) +
+            ((text >> 16) & kPairs) * (1 + (std::uint64_t{10000} << 32))) >>
+           32;
+  return true;
+}
+
+// The first kCount of eight characters, as the last of eight digits with zeros in front.
+template <int kCount>
+std::uint64_t first_of_eight(const char *text) {
+  static_assert(kCount > 0 && kCount < 8);
+  return load_eight(text) << (64 - 8 * kCount) | kEightZeros >> 8 * kCount;
+}
+
+#endif  // SUPPORT_DIGITS_H_
