@@ -7,20 +7,20 @@
 #include <cstdint>
 #include <cstring>
 
+// Between the order of the machine's bytes and that with the lowest in front.
+constexpr std::uint64_t lowest_first(std::uint64_t word) {
+  return std::endian::native == std::endian::big ? __builtin_bswap64(word) : word;
+}
+
 inline std::uint64_t load_eight(const char *text) {
-  std::uint64_t characters = 0;
-  std::memcpy(&characters, text, sizeof characters);
-  if constexpr (std::endian::native == std::endian::big) {
-    characters = __builtin_bswap64(characters);
-  }
-  return characters;
+  std::uint64_t word = 0;
+  std::memcpy(&word, text, sizeof word);
+  return lowest_first(word);
 }
 
 inline void store_eight(char *text, std::uint64_t characters) {
-  if constexpr (std::endian::native == std::endian::big) {
-    characters = __builtin_bswap64(characters);
-  }
-  std::memcpy(text, &characters, sizeof characters);
+  const std::uint64_t word = lowest_first(characters);
+  std::memcpy(text, &word, sizeof word);
 }
 
 inline constexpr std::uint64_t kEightZeros = 0x3030303030303030;  // "00000000"

@@ -24,6 +24,19 @@ struct Layout {
 // The memory that a field's text takes, its 0 byte included; a multiple of eight.
 constexpr std::int32_t layout_text_room(std::int32_t width) { return (width + 8) / 8 * 8; }
 
+// The layout of a definition of which every binary field is as wide as its conversion.
+constexpr Layout layout_of(const SDBlkDef &def) {
+  Layout layout = {0, 0};
+  for (std::int32_t i = 0; i < def.nfields; ++i) {
+    const SDBlkFieldDef &field = def.fields[i];
+    const bool is_text = field.stype == 'A' && field.kind == SDBLK_STRING;
+    if ((field.stype != 'B' && !is_text) || field.abbr_key != nullptr) return {0, 0};
+    layout.bytes += field.width;
+    if (is_text) layout.text_room += layout_text_room(field.width);
+  }
+  return layout;
+}
+
 // The layout of a definition; of one that is not the catalogue's own, one without places.
 Layout find_layout(const SDBlkDef &def);
 

@@ -15,27 +15,22 @@
 #include <utility>
 #include <vector>
 
+#include "seed/blkdefs/checks.h"
 #include "seed/conversion.h"
 #include "seed/sdblk.h"
 #include "tests/tools/catalogue_table.h"
 
 namespace {
 
-using Fields = std::span<const SDBlkFieldDef>;
+using blkdefs::Fields;
+using blkdefs::fields_of;
+using blkdefs::group_of;
 
 const SDBlkDef *find_def(std::int32_t type) {
   for (const SDBlkDef &def : seed_blkdefs) {
     if (def.type == type) return &def;
   }
   return nullptr;
-}
-
-Fields fields_of(const SDBlkDef &def) {
-  return {def.fields, static_cast<std::size_t>(def.nfields)};
-}
-
-Fields group_of(const SDBlkFieldDef &field) {
-  return {field.sub, static_cast<std::size_t>(field.nsub)};
 }
 
 Fields fields_of(std::int32_t type) {
