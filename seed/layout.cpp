@@ -3,39 +3,49 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
+#include <utility>
 
 #include "seed/binary.h"
-#include "seed/blkdefs/blkdefs.h"
+#include "seed/blkdefs/data.h"
 #include "seed/conversion.h"
 #include "seed/scan.h"
-#include "support/arr_impl.h"
 #include "support/digits.h"
 #include "support/line.h"
 
 namespace {
 
-// Where the decoded fields of one definition go: one piece of the array's pool.
-struct Place {
-  ArrPair *pairs;
-  SDBlkEntry *entries;
-  char *texts;
-};
+// ---- places ----
 
-// False when memory runs out.
-bool take_place(const SDBlkDef &def, const blkdefs::Layout &layout, Arena *pool, Place *place) {
-  const auto count = static_cast<std::size_t>(def.nfields);
-  const std::size_t fields = count * (sizeof(ArrPair) + sizeof(SDBlkEntry));
-  char *piece =
-      static_cast<char *>(pool->take(fields + static_cast<std::size_t>(layout.text_room)));
-  if (piece == nullptr) return false;
-  place->pairs = reinterpret_cast<ArrPair *>(piece);
-  place->entries = reinterpret_cast<SDBlkEntry *>(piece + count * sizeof(ArrPair));
-  place->texts = piece + fields;
-  return true;
+constexpr bool is_text(const SDBlkFieldDef &field) {
+  return field.stype == 'A' && field.kind == SDBLK_STRING;
 }
 
-// Texts of up to so many characters are trimmed in one register.
-constexpr std::int32_t kWordText = 7;
+// A binary field of the catalogue is as wide as its conversion.
+constexpr bool has_place(const SDBlkFieldDef &field) {
+  return (field.stype == 'B' || is_text(field)) && field.abbr_key == nullptr;
+}
+
+// The memory that a field's text takes, its 0 byte included; a multiple of eight.
+constexpr std::int32_t text_room(const SDBlkFieldDef &field) {
+  return is_text(field) ? (field.width + 8) / 8 * 8 : 0;
+}
+
+// What the fields in front of a position take.
+struct Extent {
+  std::int32_t bytes;
+  std::int32_t text_room;
+};
+constexpr Extent extent(const SDBlkFieldDef *fields, std::size_t position) {
+  Extent sum = {0, 0};
+  for (std::size_t i = 0; i < position; ++i) {
+    sum.bytes += fields[i].width;
+    sum.text_room += text_room(fields[i]);
+  }
+  return sum;
+}
+
+// ---- texts ----
 
 constexpr std::uint64_t first_bytes(std::int32_t count) {
   return (std::uint64_t{1} << (8 * count)) - 1;
@@ -43,12 +53,11 @@ constexpr std::uint64_t first_bytes(std::int32_t count) {
 
 // trimmed_field of up to seven characters, of which the first is the lowest byte of word, behind
 // which all is 0.  The result is in the same form.
-std::uint64_t trimmed_word(std::uint64_t word, std::int32_t width) {
+inline std::uint64_t trimmed_word(std::uint64_t word) {
   constexpr std::uint64_t kOnes = 0x0101010101010101;
   // The lowest of the bits set here is exact: the first 0 byte's highest.
   const std::uint64_t zeros = (word - kOnes) & ~word & (kOnes << 7);
   std::int32_t size = std::countr_zero(zeros) / 8;
-  if (size < width) word &= first_bytes(size);
   const auto byte = [&](std::int32_t at) { return static_cast<char>(word >> (8 * at)); };
   while (size > 0 && is_space(byte(size - 1))) --size;
   word &= first_bytes(size);
@@ -56,71 +65,121 @@ std::uint64_t trimmed_word(std::uint64_t word, std::int32_t width) {
   return word;
 }
 
-// Eight bytes must be readable at the field and writable at the text.
-void keep_word(const char *field, std::int32_t width, char *text) {
-  store_eight(text, trimmed_word(load_eight(field) & first_bytes(width), width));
-}
-
-// A text behind which the fields go on for rest bytes, itself included.
-void keep_text(const char *field, std::int32_t width, std::int32_t rest, char *text) {
-  if (width <= kWordText && rest >= 8) {
-    keep_word(field, width, text);
+// Keeps the text of a field behind which the fields go on for kRest bytes, itself included.
+template <std::int32_t kWidth, std::int32_t kRest>
+void keep_text(const char *field, char *text) {
+  if constexpr (kWidth < 8 && kRest >= 8) {
+    store_eight(text, trimmed_word(load_eight(field) & first_bytes(kWidth)));
   } else {
-    *put_text(text, trimmed_field({field, static_cast<std::size_t>(width)})) = '\0';
+    *put_text(text, trimmed_field({field, static_cast<std::size_t>(kWidth)})) = '\0';
   }
 }
 
-template <bool big_endian>
-void unpack(const SDBlkDef &def, const char *bytes, const char *end, Place place) {
-  const SDBlkFieldDef *last = def.fields + def.nfields;
-  SDBlkEntry *entry = place.entries;
-  ArrPair *pair = place.pairs;
-  for (const SDBlkFieldDef *field = def.fields; field != last; ++field, ++entry, ++pair) {
-    pair->key = field->key;
-    pair->value = entry;
-    entry->def = field;
-    entry->ref = nullptr;
-    entry->count = 1;
-    entry->pooled = 1;
-    const std::int32_t width = field->width;
-    switch (static_cast<Conversion>(field->conversion)) {
-      case Conversion::byte: entry->value.i = byte_at(bytes); break;
-      case Conversion::ubyte: entry->value.i = ubyte_at(bytes); break;
-      case Conversion::word: entry->value.i = word_at(bytes, big_endian); break;
-      case Conversion::uword: entry->value.i = load_u16(bytes, big_endian); break;
-      case Conversion::integer32: entry->value.i = integer32_at(bytes, big_endian); break;
-      case Conversion::ieee_float: entry->value.d = load_float(bytes, big_endian); break;
-      case Conversion::btime: entry->value.d = binary_time_at(bytes, big_endian); break;
-      default:
-        keep_text(bytes, width, static_cast<std::int32_t>(end - bytes), place.texts);
-        entry->value.s = place.texts;
-        place.texts += blkdefs::layout_text_room(width);
-        break;
-    }
-    bytes += width;
+// ---- fields ----
+
+template <Conversion kConversion, bool kBigEndian>
+std::int32_t integer_at(const char *bytes) {
+  switch (kConversion) {
+    case Conversion::byte: return byte_at(bytes);
+    case Conversion::ubyte: return ubyte_at(bytes);
+    case Conversion::word: return word_at(bytes, kBigEndian);
+    case Conversion::uword: return load_u16(bytes, kBigEndian);
+    default: return integer32_at(bytes, kBigEndian);
   }
+}
+
+template <const auto &kFields, std::size_t kPosition, bool kBigEndian>
+void unpack_field(const char *record, const LayoutPlace &place) {
+  constexpr const SDBlkFieldDef &kField = kFields[kPosition];
+  constexpr auto kConversion = static_cast<Conversion>(kField.conversion);
+  constexpr Extent kBefore = extent(kFields, kPosition);
+  static_assert(has_place(kField));
+  const char *bytes = record + kBefore.bytes;
+  SDBlkEntry *entry = &place.entries[kPosition];
+  place.pairs[kPosition] = {place.fields[kPosition].key, entry};
+  entry->def = &place.fields[kPosition];
+  entry->ref = nullptr;
+  entry->count = 1;
+  entry->pooled = 1;
+  if constexpr (kConversion == Conversion::text) {
+    constexpr std::int32_t kRest = extent(kFields, std::size(kFields)).bytes - kBefore.bytes;
+    entry->value.s = place.texts + kBefore.text_room;
+    keep_text<kField.width, kRest>(bytes, entry->value.s);
+  } else if constexpr (kConversion == Conversion::btime) {
+    entry->value.d = binary_time_at(bytes, kBigEndian);
+  } else if constexpr (kConversion == Conversion::ieee_float) {
+    entry->value.d = load_float(bytes, kBigEndian);
+  } else {
+    entry->value.i = integer_at<kConversion, kBigEndian>(bytes);
+  }
+}
+
+template <const auto &kFields, bool kBigEndian>
+void unpack(const char *record, const LayoutPlace &place) {
+  [&]<std::size_t... kPositions>(std::index_sequence<kPositions...>) {
+    (unpack_field<kFields, kPositions, kBigEndian>(record, place), ...);
+  }
+  (std::make_index_sequence<std::size(kFields)>());
+}
+
+template <const auto &kFields>
+constexpr Layout make_layout() {
+  static_assert(std::size(kFields) < kArrIndexFrom);
+  constexpr Extent kAll = extent(kFields, std::size(kFields));
+  return {kFields,
+          static_cast<std::int32_t>(std::size(kFields)),
+          kAll.bytes,
+          kAll.text_room,
+          unpack<kFields, true>,
+          unpack<kFields, false>};
+}
+
+// Those that stand in nearly every record are found first.
+constexpr Layout layouts[] = {
+    make_layout<blkdefs::BDATA_blkdef>(), make_layout<blkdefs::B1000_blkdef>(),
+    make_layout<blkdefs::B1001_blkdef>(), make_layout<blkdefs::B0100_blkdef>(),
+    make_layout<blkdefs::B0200_blkdef>(), make_layout<blkdefs::B0201_blkdef>(),
+    make_layout<blkdefs::B0300_blkdef>(), make_layout<blkdefs::B0310_blkdef>(),
+    make_layout<blkdefs::B0320_blkdef>(), make_layout<blkdefs::B0390_blkdef>(),
+    make_layout<blkdefs::B0395_blkdef>(), make_layout<blkdefs::B0400_blkdef>(),
+    make_layout<blkdefs::B0405_blkdef>(), make_layout<blkdefs::B0500_blkdef>(),
+};
+
+// One piece of the array's pool for all fields; false when memory runs out.
+bool take_place(const Layout &layout, Arena *pool, LayoutPlace *place) {
+  const auto count = static_cast<std::size_t>(layout.nfields);
+  const std::size_t fields = count * (sizeof(ArrPair) + sizeof(SDBlkEntry));
+  char *piece =
+      static_cast<char *>(pool->take(fields + static_cast<std::size_t>(layout.text_room)));
+  if (piece == nullptr) return false;
+  place->fields = layout.fields;
+  place->pairs = reinterpret_cast<ArrPair *>(piece);
+  place->entries = reinterpret_cast<SDBlkEntry *>(piece + count * sizeof(ArrPair));
+  place->texts = piece + fields;
+  return true;
 }
 
 }  // namespace
 
+const Layout *find_layout(const SDBlkDef &def) {
+  for (const Layout &layout : layouts) {
+    if (layout.fields == def.fields && layout.nfields == def.nfields) return &layout;
+  }
+  return nullptr;
+}
+
 int unpack_fields(Arr **contents, Feed feed, const WalkContext &context, const SDBlkDef &def) {
   Arr *array = *contents;
-  const blkdefs::Layout layout = blkdefs::find_layout(def);
-  const bool fits = layout.bytes > 0 && layout.bytes <= feed.remaining &&
-                    def.nfields < static_cast<std::int32_t>(kArrIndexFrom);
-  if (!fits || array == nullptr || array->count != 0 || array->pool == nullptr) {
+  const Layout *layout = find_layout(def);
+  if (layout == nullptr || layout->bytes > feed.remaining || array == nullptr ||
+      array->count != 0 || array->pool == nullptr) {
     return walk_fields(contents, &feed, context, 1, def.nfields, def.fields, nullptr);
   }
-  Place place = {};
-  if (!take_place(def, layout, array->pool, &place)) return report_entry(def.fields[0]);
-  const char *end = feed.cursor + layout.bytes;
-  if (context.big_endian) {
-    unpack<true>(def, feed.cursor, end, place);
-  } else {
-    unpack<false>(def, feed.cursor, end, place);
-  }
+  LayoutPlace place = {};
+  if (!take_place(*layout, array->pool, &place)) return report_entry(def.fields[0]);
+  (context.big_endian ? layout->unpack_big : layout->unpack_little)(feed.cursor, place);
   array->pairs = place.pairs;
-  array->count = static_cast<std::uint32_t>(def.nfields);
+  array->count = static_cast<std::uint32_t>(layout->nfields);
   array->capacity = array->count;
   return 0;
 }

@@ -2,11 +2,8 @@
 #include "seed/blkdefs/blkdefs.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
-#include <iterator>
 #include <span>
 #include <string_view>
 
@@ -98,19 +95,7 @@ static_assert(every_field(seed_blkdefs, group_is_sane));
 static_assert(every_field(seed_blkdefs, repetition_is_sane));
 static_assert(every_field(seed_blkdefs, text_is_there));
 
-constexpr auto layouts = [] {
-  std::array<Layout, SEED_BLKDEFS_COUNT> all = {};
-  std::transform(std::begin(seed_blkdefs), std::end(seed_blkdefs), all.begin(), layout_of);
-  return all;
-}();
-
 }  // namespace
-
-Layout blkdefs::find_layout(const SDBlkDef &def) {
-  const std::less<> before;
-  if (before(&def, seed_blkdefs) || !before(&def, seed_blkdefs + SEED_BLKDEFS_COUNT)) return {0, 0};
-  return layouts[static_cast<std::size_t>(&def - seed_blkdefs)];
-}
 
 void blkdefs::fill_index(std::span<const SDBlkDef> defs,
                          std::span<const SDBlkDef *, SEED_BLKDEFS_INDEX_SIZE> slots) {

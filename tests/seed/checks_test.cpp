@@ -6,7 +6,6 @@
 #include <array>
 #include <cstdint>
 
-#include "seed/blkdefs/blkdefs.h"
 #include "seed/blkdefs/rows.h"
 #include "seed/sdblk.h"
 
@@ -199,28 +198,6 @@ TEST(Texts, MustBeThere) {
   SDBlkFieldDef def = integer("n");
   def.key_length = 2;
   EXPECT_FALSE(text_is_there(def));
-}
-
-TEST(LayoutOf, BinaryFieldsAndFixedTexts) {
-  const SDBlkFieldDef fixed[] = {text("sta"), binary("nsamp", 2, "UWORD")};
-  const SDBlkFieldDef variable[] = {
-      binary("nsamp", 2, "UWORD"),
-      field("name", 'V', 30, "", SDBLK_STRING, "Title", "Description")};
-  const SDBlkFieldDef decimal[] = {text("sta"), integer("n")};
-  const auto layout = [](const auto &fields) {
-    return layout_of(blockette(50, "B0050", "Name", "S", fields, ""));
-  };
-  EXPECT_EQ(layout(fixed).bytes, 7);
-  EXPECT_EQ(layout(fixed).text_room, 8);
-  EXPECT_EQ(layout(variable).bytes, 0);
-  EXPECT_EQ(layout(decimal).bytes, 0);
-}
-
-TEST(LayoutOf, FieldsThatReferHaveNone) {
-  SDBlkFieldDef code = binary("code", 2, "UWORD");
-  code.abbr_key = "uid";
-  const SDBlkFieldDef fields[] = {code};
-  EXPECT_EQ(layout_of(blockette(50, "B0050", "Name", "S", fields, "")).bytes, 0);
 }
 
 }  // namespace

@@ -13,7 +13,6 @@
 #include <string_view>
 #include <vector>
 
-#include "seed/blkdefs/blkdefs.h"
 #include "seed/block.h"
 #include "seed/sdblk.h"
 #include "support/arena.h"
@@ -22,8 +21,6 @@
 #include "tests/util/log_capture.h"
 
 namespace {
-
-using blkdefs::find_layout;
 
 struct Release {
   void operator()(Arr *array) const { freearr(array, free_sdblk_entry); }
@@ -70,18 +67,22 @@ std::vector<std::string> entries_of(const Arr *contents) {
   return entries;
 }
 
-// What the walker, which knows no layout for a copy, makes of the bytes.
+// What the walker, which knows no layout for copied fields, makes of the bytes.
 std::vector<std::string> walked(const SDBlkDef &def, std::string_view bytes, bool big_endian) {
-  const SDBlkDef copy = def;
+  const std::vector<SDBlkFieldDef> fields(def.fields, def.fields + def.nfields);
+  SDBlkDef copy = def;
+  copy.fields = fields.data();
   const Decoded decoded = unpack(copy, bytes, big_endian);
   EXPECT_EQ(decoded.result, 0);
   return entries_of(decoded.contents.get());
 }
 
+std::int32_t layout_bytes(std::int32_t type) { return find_layout(definition(type))->bytes; }
+
 std::vector<std::int32_t> types_with_layout() {
   std::vector<std::int32_t> types;
   for (const SDBlkDef &def : seed_blkdefs) {
-    if (find_layout(def).bytes > 0) types.push_back(def.type);
+    if (find_layout(def) != nullptr) types.push_back(def.type);
   }
   return types;
 }
@@ -92,23 +93,28 @@ TEST(Layout, OfDataBlockettesWithoutVariableTexts) {
 }
 
 TEST(Layout, BytesAreThoseOfTheManual) {
-  EXPECT_EQ(find_layout(definition(99)).bytes, 40);
-  EXPECT_EQ(find_layout(definition(100)).bytes, 5);
-  EXPECT_EQ(find_layout(definition(200)).bytes, 48);
-  EXPECT_EQ(find_layout(definition(1000)).bytes, 3);
-  EXPECT_EQ(find_layout(definition(1001)).bytes, 4);
+  EXPECT_EQ(layout_bytes(99), 40);
+  EXPECT_EQ(layout_bytes(100), 5);
+  EXPECT_EQ(layout_bytes(200), 48);
+  EXPECT_EQ(layout_bytes(1000), 3);
+  EXPECT_EQ(layout_bytes(1001), 4);
 }
 
-TEST(Layout, OfAnotherDefinitionIsNotKnown) {
-  const SDBlkDef copy = definition(1000);
-  EXPECT_EQ(find_layout(copy).bytes, 0);
+TEST(Layout, OfOtherFieldsIsNotKnown) {
+  SDBlkDef fewer = definition(1000);
+  fewer.nfields = 2;
+  EXPECT_EQ(find_layout(fewer), nullptr);
+  const std::vector<SDBlkFieldDef> fields(fewer.fields, fewer.fields + 3);
+  SDBlkDef other = definition(1000);
+  other.fields = fields.data();
+  EXPECT_EQ(find_layout(other), nullptr);
 }
 
 TEST(Unpack, AnyBytesGiveWhatTheWalkerGives) {
   std::mt19937 random(7);
   for (const std::int32_t type : types_with_layout()) {
     const SDBlkDef &def = definition(type);
-    std::string bytes(static_cast<std::size_t>(find_layout(def).bytes), '\0');
+    std::string bytes(static_cast<std::size_t>(layout_bytes(type)), '\0');
     for (int round = 0; round < 300; ++round) {
       for (char &byte : bytes) byte = static_cast<char>(random());
       for (const bool big_endian : {false, true}) {
@@ -141,7 +147,7 @@ TEST(Unpack, FewerBytesGiveTheFieldsThatTheWalkerFinds) {
   const std::string bytes(40, 'x');
   for (const std::int32_t type : {99, 1000, 1001}) {
     const SDBlkDef &def = definition(type);
-    for (std::int32_t size = 0; size < find_layout(def).bytes; ++size) {
+    for (std::int32_t size = 0; size < layout_bytes(type); ++size) {
       const std::string_view some =
           std::string_view(bytes).substr(0, static_cast<std::size_t>(size));
       const Decoded decoded = unpack(def, some, true);
