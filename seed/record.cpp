@@ -173,15 +173,17 @@ SDBlk *start_block(SDBlkVol *vol, SDBlk **blkp, std::int32_t type) {
 bool find_data_block(SDBlkVol *vol) {
   const char *record = vol->image + vol->record_offset;
   const std::int64_t in_image = vol->image_size - vol->record_offset;
-  for (std::int64_t pos = vol->record_pos;; pos += kDataStep) {
+  // The first position counts even where it lies behind the record's end.
+  const std::int64_t last = std::min<std::int64_t>(std::max(vol->logical_length, vol->record_pos),
+                                                   in_image - kHeaderSize);
+  for (std::int64_t pos = vol->record_pos; pos <= last; pos += kDataStep) {
     // The walk touches every line of the cache, faster than the machine foresees.
     if (pos + kPrefetchAhead < in_image) __builtin_prefetch(record + pos + kPrefetchAhead);
-    if (pos + kHeaderSize <= in_image && std::memcmp(record + pos, record, kHeaderSize) == 0) {
+    if (std::memcmp(record + pos, record, kHeaderSize) == 0) {
       move_to(vol, vol->record_offset + pos);
       vol->record_pos = static_cast<std::int32_t>(pos);
       return true;
     }
-    if (vol->logical_length - pos < kDataStep) break;
   }
   skip_record(vol);
   return false;

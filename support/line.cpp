@@ -109,14 +109,16 @@ char *put_exact_fixed(char *out, double size, int decimals) {
   return put_last_digits(put_char(out, '.'), scaled % power, decimals);
 }
 
-// Sixteen bytes, and the same as two numbers.
+// Sixteen bytes, the same with signs, and as two numbers.
 using HexPiece = unsigned char __attribute__((vector_size(16)));
+using SignedPiece = signed char __attribute__((vector_size(16)));
 using HexHalves = std::uint64_t __attribute__((vector_size(16)));
 
 char *put_hex_piece(char *out, HexPiece piece) {
   const auto digits = [](HexPiece nibbles) {
-    const auto letters = reinterpret_cast<HexPiece>(nibbles > 9) & ('a' - '0' - 10);
-    return nibbles + '0' + letters;
+    // Nibbles are no negative numbers, and signed ones are compared in one step.
+    const auto above_nine = reinterpret_cast<HexPiece>(reinterpret_cast<SignedPiece>(nibbles) > 9);
+    return nibbles + '0' + (above_nine & ('a' - '0' - 10));
   };
   const HexPiece high = digits(piece >> 4);
   const HexPiece low = digits(piece & 0xF);
@@ -129,12 +131,12 @@ char *put_hex_piece(char *out, HexPiece piece) {
   return out + 2 * sizeof piece;
 }
 
-// Eight bytes or fewer.
+// Eight bytes or fewer, but one at least.
 char *put_hex_half(char *out, const char *bytes, std::size_t count) {
   std::uint64_t half = 0;
   if (count == sizeof half) {
     std::memcpy(&half, bytes, sizeof half);
-  } else if (count > 0) {
+  } else {
     std::memcpy(&half, bytes, count);
   }
   put_hex_piece(out, reinterpret_cast<HexPiece>(HexHalves{half, 0}));
@@ -184,6 +186,7 @@ char *put_hex(char *out, const char *bytes, std::size_t count) {
     out = put_hex_piece(out, piece);
     bytes += sizeof piece;
   }
+  if (count == 0) return out;
   constexpr std::size_t kHalf = sizeof(HexPiece) / 2;
   if (count > kHalf) {
     out = put_hex_half(out, bytes, kHalf);
