@@ -47,8 +47,9 @@ constexpr Extent extent(const SDBlkFieldDef *fields, std::size_t position) {
 
 // ---- texts ----
 
-constexpr std::uint64_t first_bytes(std::int32_t count) {
-  return (std::uint64_t{1} << (8 * count)) - 1;
+// Seven bytes at most.
+constexpr std::uint64_t first_bytes(std::uint32_t count) {
+  return (std::uint64_t{1} << 8 * count % 64) - 1;
 }
 
 // trimmed_field of up to seven characters, of which the first is the lowest byte of word, behind
@@ -57,8 +58,8 @@ inline std::uint64_t trimmed_word(std::uint64_t word) {
   constexpr std::uint64_t kOnes = 0x0101010101010101;
   // The lowest of the bits set here is exact: the first 0 byte's highest.
   const std::uint64_t zeros = (word - kOnes) & ~word & (kOnes << 7);
-  std::int32_t size = std::countr_zero(zeros) / 8;
-  const auto byte = [&](std::int32_t at) { return static_cast<char>(word >> (8 * at)); };
+  auto size = static_cast<std::uint32_t>(std::countr_zero(zeros)) / 8;
+  const auto byte = [&](std::uint32_t at) { return static_cast<char>(word >> (8 * at)); };
   while (size > 0 && is_space(byte(size - 1))) --size;
   word &= first_bytes(size);
   while (is_space(byte(0))) word >>= 8;

@@ -65,7 +65,7 @@ template <int kSign, int kDecimals>
 std::int32_t read_run(const char *text, std::int32_t count, double *values) {
   constexpr std::int32_t kWidth = kSign + 2 + kDecimals + 4;
   std::int32_t i = 0;
-  while (i < count && read<kSign, kDecimals>(text + i * kWidth, &values[i])) ++i;
+  for (; i < count && read<kSign, kDecimals>(text, &values[i]); ++i) text += kWidth;
   return i;
 }
 
