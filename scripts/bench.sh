@@ -32,7 +32,5 @@ head -c 4096 "$volumes/A.seed" >"$volumes/small.seed"
 
 peer=-
 [ -x "$build/bench/mseed_headers" ] && peer=$build/bench/mseed_headers
-# Into the page cache before the first run.
-cat "$volumes"/*.seed >/dev/null
 "$build/bench/compare" "$build/cmd/tarvik" "$build/bench/yardstick" "$peer" "$volumes" "$rounds"
 rm -f "$volumes/output" "$volumes/A.listing" "$volumes/C.listing"
