@@ -1,15 +1,17 @@
 #include "cmd/tally.h"
 
+#include <string_view>
+
 #include "support/output.h"
 
 void Tally::count(const SDBlk &block) {
-  if (block.blkdef == nullptr) ++counts_[0];
-  const std::size_t place = kLetters.find(block.record_type, 1);
-  if (place != std::string_view::npos) ++counts_[place];
+  if (block.blkdef == nullptr) ++unknown_;
+  ++by_type_[static_cast<unsigned char>(block.record_type)];
 }
 
 void Tally::print() const {
-  for (std::size_t i = 0; i < kLetters.size(); ++i) {
-    output_print("# %cs = %ld\n", kLetters[i], counts_[i]);
+  output_print("# Us = %ld\n", unknown_);
+  for (const char type : std::string_view("VASTDRQM")) {
+    output_print("# %cs = %ld\n", type, by_type_[static_cast<unsigned char>(type)]);
   }
 }

@@ -3,7 +3,6 @@
 #define CMD_TALLY_H_
 
 #include <array>
-#include <string_view>
 
 #include "seed/sdblk.h"
 
@@ -15,10 +14,8 @@ class Tally {
   void print() const;
 
  private:
-  // In the order in which they are printed.
-  static constexpr std::string_view kLetters = "UVASTDRQM";
-
-  std::array<long, kLetters.size()> counts_ = {};
+  long unknown_ = 0;
+  std::array<long, 256> by_type_ = {};  // of every record type that there may be
 };
 
 #endif  // CMD_TALLY_H_

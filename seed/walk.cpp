@@ -454,14 +454,6 @@ int walk_fields(Arr **arrays, Feed *feed, const WalkContext &context, std::int32
   return result;
 }
 
-bool get_integer(const Arr *contents, std::uint32_t position, const char *key,
-                 std::int32_t *value) {
-  const auto *entry = static_cast<const SDBlkEntry *>(arr_get_at(contents, position, key));
-  if (entry == nullptr) return sdblk_getv(contents, key, value, nullptr) == 0;
-  *value = entry->value.i;
-  return true;
-}
-
 int sdblk_unstuff_sblk(Arr **arrays, const char **cursor, std::int32_t *remaining,
                        std::int32_t big_endian, std::int32_t repetitions, SDBlkVol *vol,
                        std::int32_t nfields, const SDBlkFieldDef *fields) {

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "seed/sdblk.h"
+#include "support/arr_impl.h"
 
 // Bytes that are still to be decoded.
 struct Feed {
@@ -29,6 +30,12 @@ int report_entry(const SDBlkFieldDef &field);
 
 // Reads an integer field that most likely stands at a position of an entry array.  False, with a
 // message registered, when it is not there.
-bool get_integer(const Arr *contents, std::uint32_t position, const char *key, std::int32_t *value);
+inline bool get_integer(const Arr *contents, std::uint32_t position, const char *key,
+                        std::int32_t *value) {
+  const auto *entry = static_cast<const SDBlkEntry *>(arr_get_at(contents, position, key));
+  if (entry == nullptr) return sdblk_getv(contents, key, value, nullptr) == 0;
+  *value = entry->value.i;
+  return true;
+}
 
 #endif  // SEED_WALK_H_

@@ -14,12 +14,6 @@ Arena::~Arena() {
   }
 }
 
-void Arena::reset() noexcept {
-  current_ = first_;
-  free_ = first_ == nullptr ? nullptr : reinterpret_cast<char *>(first_ + 1);
-  end_ = first_ == nullptr ? nullptr : free_ + first_->size;
-}
-
 std::size_t Arena::used() const noexcept {
   std::size_t bytes = 0;
   for (const Chunk *chunk = first_; chunk != current_; chunk = chunk->next) bytes += chunk->size;

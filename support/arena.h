@@ -35,7 +35,11 @@ class Arena {
   }
 
   // Takes everything back and keeps the memory for the next use.
-  void reset() noexcept;
+  void reset() noexcept {
+    current_ = first_;
+    free_ = first_ == nullptr ? nullptr : reinterpret_cast<char *>(first_ + 1);
+    end_ = first_ == nullptr ? nullptr : free_ + first_->size;
+  }
 
   // Bytes handed out since the last reset, at most: what a copy of the contents needs.
   [[nodiscard]] std::size_t used() const noexcept;
