@@ -95,6 +95,20 @@ int define_abbreviation(SDBlkVol *vol, const char *key) {
   return -1;
 }
 
+// ---- numbers in the picture of nearly all numbers of a response ----
+
+constexpr std::int32_t kScientificWidth = 12;
+
+bool is_scientific(const SDBlkFieldDef &field) {
+  return field.conversion == static_cast<std::uint8_t>(Conversion::scientific) &&
+         field.stype == 'F' && field.width == kScientificWidth;
+}
+
+bool is_numbers(std::int32_t nfields, const SDBlkFieldDef *fields) {
+  return nfields > 0 && nfields < static_cast<std::int32_t>(kArrIndexFrom) &&
+         std::all_of(fields, fields + nfields, is_scientific);
+}
+
 // ---- the walker ----
 
 // Decodes the fields of one repetition after the other.
@@ -108,6 +122,9 @@ class Walker {
 
   // 0 or -1.
   int repetition(Arr **array, std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent);
+  // The same of a nested repetition of nothing but numbers of one picture (is_numbers); false when
+  // they are not all there in that form, and then nothing is taken.
+  bool numbers(Arr **array, std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent);
 
  private:
   // Decodes one field into an entry.  0 or -1.
@@ -251,12 +268,10 @@ int Walker::decode_real(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   return -1;
 }
 
-// Nearly all numbers of a response are of this kind.
 int Walker::decode_scientific(const SDBlkFieldDef &field, SDBlkEntry *entry) {
-  constexpr std::int32_t kWidth = 12;
-  if (field.stype == 'F' && field.width == kWidth && feed_.remaining >= kWidth &&
+  if (is_scientific(field) && feed_.remaining >= kScientificWidth &&
       picture::read<1, 5>(feed_.cursor, &entry->value.d)) [[likely]] {
-    take(kWidth);
+    take(kScientificWidth);
     return 0;
   }
   return decode_real(field, entry);
@@ -404,6 +419,30 @@ SDBlkEntry *take_entries(Arr **array, Arr *parent, std::uint32_t count) {
   return (*array)->pool->take_array<SDBlkEntry>(count);
 }
 
+void set_entry(const SDBlkFieldDef &field, SDBlkEntry *entry) {
+  entry->def = &field;
+  entry->ref = nullptr;
+  entry->count = 1;
+  entry->value = {};
+  entry->pooled = 1;
+}
+
+bool Walker::numbers(Arr **array, std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent) {
+  if (feed_.remaining < nfields * kScientificWidth) return false;
+  const auto count = static_cast<std::uint32_t>(nfields);
+  SDBlkEntry *entries = take_entries(array, parent, count);
+  if (entries == nullptr) return false;
+  const char *text = feed_.cursor;
+  for (std::uint32_t i = 0; i < count; ++i, text += kScientificWidth) {
+    set_entry(fields[i], &entries[i]);
+    if (!picture::read<1, 5>(text, &entries[i].value.d)) return false;
+    (*array)->pairs[i] = {fields[i].key, &entries[i]};
+  }
+  (*array)->count = count;
+  take(nfields * kScientificWidth);
+  return true;
+}
+
 int Walker::repetition(Arr **array, std::int32_t nfields, const SDBlkFieldDef *fields,
                        Arr *parent) {
   if (nfields < 1) return 0;
@@ -419,11 +458,7 @@ int Walker::repetition(Arr **array, std::int32_t nfields, const SDBlkFieldDef *f
   for (std::int32_t i = 0; i < nfields && feed_.remaining >= 1; ++i) {
     const SDBlkFieldDef &field = fields[i];
     SDBlkEntry *entry = &entries[i];
-    entry->def = &field;
-    entry->ref = nullptr;
-    entry->count = 1;
-    entry->value = {};
-    entry->pooled = 1;
+    set_entry(field, entry);
     if (decode(field, entry) < 0) return -1;
     if (append) {
       arr_append_constant(array_, field.key, entry);
@@ -446,8 +481,10 @@ int report_entry(const SDBlkFieldDef &field) {
 int walk_fields(Arr **arrays, Feed *feed, const WalkContext &context, std::int32_t repetitions,
                 std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent) {
   Walker walker(*feed, context);
+  const bool numbers = parent != nullptr && is_numbers(nfields, fields);
   int result = 0;
   for (std::int32_t i = 0; i < repetitions && result == 0 && walker.has_more(); ++i) {
+    if (numbers && walker.numbers(&arrays[i], nfields, fields, parent)) continue;
     result = walker.repetition(&arrays[i], nfields, fields, parent);
   }
   *feed = walker.rest();

@@ -256,6 +256,30 @@ TEST(ControlFields, ShiftedIntegerIsRead) {
   EXPECT_EQ(integer_of(contents, "ounits"), 4);
 }
 
+TEST(ControlFields, NumbersOfAGroupAreReadInAnyForm) {
+  const ControlBlockette blockette = ControlBlockette(53)
+                                         .raw("A01003004")
+                                         .real(1)
+                                         .real(1)
+                                         .digits(3, 3)
+                                         .raw(" 1.00000E+00-2.00000E+00 3.00000E-01 4.00000E+00")
+                                         .raw(" 5.00000E+00        -6.5 7.00000e+00            ")
+                                         .raw("+8.00000E+00 9.00000E+00           1 2.00000E+00")
+                                         .digits(0, 3);
+  BlockReader reader(one('S', blockette));
+  const Arr *contents = reader.decode_next()->contents;
+  const std::array<std::array<double, 4>, 3> expected = {
+      {{1.0, -2.0, 0.3, 4.0}, {5.0, -6.5, 7.0, 0.0}, {8.0, 9.0, 1.0, 2.0}}};
+  for (std::int32_t i = 0; i < 3; ++i) {
+    const Arr *zero = repetition_of(contents, "zeros", i);
+    const std::array<double, 4> values = {real_of(zero, "real"), real_of(zero, "imag"),
+                                          real_of(zero, "real_err"), real_of(zero, "imag_err")};
+    EXPECT_EQ(values, expected[static_cast<std::size_t>(i)]) << i;
+    EXPECT_EQ(countarr(zero), 4) << i;
+  }
+  EXPECT_EQ(integer_of(contents, "npoles"), 0);
+}
+
 TEST(ControlFields, IntegerCutByTheBlockettesEndReadsWhatIsThere) {
   BlockReader reader(one('A', ControlBlockette(33).raw("12")));
   EXPECT_EQ(integer_of(reader.decode_next()->contents, "gid"), 12);
