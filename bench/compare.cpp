@@ -272,7 +272,7 @@ int main(int argc, char **argv) {
     table.measure(rounds);
     table.print();
     compare_start(tools);
-    compare_lengths(tools, std::max(3, rounds / 2));
+    compare_lengths(tools, rounds);
   } catch (const std::exception &error) {
     std::fprintf(stderr, "compare: %s\n", error.what());
     return 1;
