@@ -14,9 +14,7 @@ set(libraries sdblk)
 if(TARGET sdblk_shared)
   list(APPEND libraries sdblk_shared)
 endif()
-if(TARGET tarvik)
-  install(TARGETS tarvik RUNTIME COMPONENT command)
-endif()
+install(TARGETS tarvik RUNTIME COMPONENT command)
 install(
   TARGETS ${libraries}
   EXPORT tarvik
@@ -37,8 +35,7 @@ set(headers_support
     support/tbl.h
 )
 foreach(folder IN ITEMS seed support)
-  tarvik_existing(headers ${headers_${folder}})
-  install(FILES ${headers} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/tarvik/${folder}" COMPONENT dev)
+  install(FILES ${headers_${folder}} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/tarvik/${folder}" COMPONENT dev)
 endforeach()
 
 install(FILES man/tarvik.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT command)
