@@ -31,7 +31,8 @@ struct Measurement {
 };
 
 // Brings a file into the page cache by reading it from the start.  A file that was written just now
-// lies there in smaller pieces than one that was read, which costs its readers up to a third.
+// lies there in smaller pieces than one that was read, and its readers take a quarter longer or
+// more.
 void read_afresh(const std::string &path) {
   const int descriptor = open(path.c_str(), O_RDONLY);
   if (descriptor < 0) throw std::runtime_error("cannot open " + path);

@@ -17,17 +17,17 @@ namespace {
 
 // ---- places ----
 
-constexpr bool is_text(const SDBlkFieldDef &field) {
+consteval bool is_text(const SDBlkFieldDef &field) {
   return field.stype == 'A' && field.kind == SDBLK_STRING;
 }
 
 // A binary field of the catalogue is as wide as its conversion.
-constexpr bool has_place(const SDBlkFieldDef &field) {
+consteval bool has_place(const SDBlkFieldDef &field) {
   return (field.stype == 'B' || is_text(field)) && field.abbr_key == nullptr;
 }
 
 // The memory that a field's text takes, its 0 byte included; a multiple of eight.
-constexpr std::int32_t text_room(const SDBlkFieldDef &field) {
+consteval std::int32_t text_room(const SDBlkFieldDef &field) {
   return is_text(field) ? (field.width + 8) / 8 * 8 : 0;
 }
 
@@ -36,7 +36,7 @@ struct Extent {
   std::int32_t bytes;
   std::int32_t text_room;
 };
-constexpr Extent extent(const SDBlkFieldDef *fields, std::size_t position) {
+consteval Extent extent(const SDBlkFieldDef *fields, std::size_t position) {
   Extent sum = {0, 0};
   for (std::size_t i = 0; i < position; ++i) {
     sum.bytes += fields[i].width;
@@ -124,7 +124,7 @@ void unpack(const char *record, const LayoutPlace &place) {
 }
 
 template <const auto &kFields>
-constexpr Layout make_layout() {
+consteval Layout make_layout() {
   static_assert(std::size(kFields) < kArrIndexFrom);
   constexpr Extent kAll = extent(kFields, std::size(kFields));
   return {kFields,

@@ -99,6 +99,9 @@ int define_abbreviation(SDBlkVol *vol, const char *key) {
 
 constexpr std::int32_t kScientificWidth = 12;
 
+// Those of one repetition.
+using Numbers = std::array<double, kArrIndexFrom>;
+
 bool is_scientific(const SDBlkFieldDef &field) {
   return field.conversion == static_cast<std::uint8_t>(Conversion::scientific) &&
          field.stype == 'F' && field.width == kScientificWidth;
@@ -122,9 +125,11 @@ class Walker {
 
   // 0 or -1.
   int repetition(Arr **array, std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent);
-  // The same of a nested repetition of nothing but numbers of one picture (is_numbers); false when
-  // they are not all there in that form, and then nothing is taken.
-  bool numbers(Arr **array, std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent);
+  // The same of a nested repetition of nothing but numbers of one picture (is_numbers), in two
+  // steps: whether all of them are there in that form, and keeping them.
+  bool read_numbers(std::int32_t nfields, Numbers *numbers) const;
+  int keep_numbers(Arr **array, std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent,
+                   const Numbers &numbers);
 
  private:
   // Decodes one field into an entry.  0 or -1.
@@ -427,20 +432,24 @@ void set_entry(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   entry->pooled = 1;
 }
 
-bool Walker::numbers(Arr **array, std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent) {
-  if (feed_.remaining < nfields * kScientificWidth) return false;
+bool Walker::read_numbers(std::int32_t nfields, Numbers *numbers) const {
+  return feed_.remaining >= nfields * kScientificWidth &&
+         picture::read_run<1, 5>(feed_.cursor, nfields, numbers->data()) == nfields;
+}
+
+int Walker::keep_numbers(Arr **array, std::int32_t nfields, const SDBlkFieldDef *fields,
+                         Arr *parent, const Numbers &numbers) {
   const auto count = static_cast<std::uint32_t>(nfields);
   SDBlkEntry *entries = take_entries(array, parent, count);
-  if (entries == nullptr) return false;
-  const char *text = feed_.cursor;
-  for (std::uint32_t i = 0; i < count; ++i, text += kScientificWidth) {
+  if (entries == nullptr) return report_entry(fields[0]);
+  for (std::uint32_t i = 0; i < count; ++i) {
     set_entry(fields[i], &entries[i]);
-    if (!picture::read<1, 5>(text, &entries[i].value.d)) return false;
+    entries[i].value.d = numbers[i];
     (*array)->pairs[i] = {fields[i].key, &entries[i]};
   }
   (*array)->count = count;
   take(nfields * kScientificWidth);
-  return true;
+  return 0;
 }
 
 int Walker::repetition(Arr **array, std::int32_t nfields, const SDBlkFieldDef *fields,
@@ -481,11 +490,14 @@ int report_entry(const SDBlkFieldDef &field) {
 int walk_fields(Arr **arrays, Feed *feed, const WalkContext &context, std::int32_t repetitions,
                 std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent) {
   Walker walker(*feed, context);
-  const bool numbers = parent != nullptr && is_numbers(nfields, fields);
+  const bool of_numbers =
+      parent != nullptr && repetitions > 0 && walker.has_more() && is_numbers(nfields, fields);
+  Numbers numbers;
   int result = 0;
   for (std::int32_t i = 0; i < repetitions && result == 0 && walker.has_more(); ++i) {
-    if (numbers && walker.numbers(&arrays[i], nfields, fields, parent)) continue;
-    result = walker.repetition(&arrays[i], nfields, fields, parent);
+    result = of_numbers && walker.read_numbers(nfields, &numbers)
+                 ? walker.keep_numbers(&arrays[i], nfields, fields, parent, numbers)
+                 : walker.repetition(&arrays[i], nfields, fields, parent);
   }
   *feed = walker.rest();
   return result;

@@ -1144,6 +1144,44 @@ TEST(WalkerMemory, EachFailureNamesFieldAndSize) {
   }
 }
 
+TEST(WalkerMemory, EachFailureInAGroupOfNumbersIsReported) {
+  const OnePieceEach pieces;
+  const ControlBlockette blockette = ControlBlockette(53)
+                                         .raw("A01003004")
+                                         .real(1)
+                                         .real(1)
+                                         .digits(1, 3)
+                                         .raw(" 1.00000E+00-2.00000E+00 3.00000E-01 4.00000E+00")
+                                         .digits(0, 3);
+  bool group_failed = false;
+  for (long n = 1;; ++n) {
+    BlockReader reader(one('S', blockette));
+    SDBlk *block = reader.next();
+    LogCapture log;
+    const FailingMemory memory(n);
+    const int result = sdblk_unstuffblk(block);
+    if (!FailingMemory::failed()) {
+      EXPECT_EQ(result, 0);
+      break;
+    }
+    EXPECT_EQ(result, -1) << "allocation " << n;
+    const std::string message = "sdblk_unstuff_sblk: malloc(entry=real," +
+                                std::to_string(sizeof(SDBlkEntry)) + ") error.\n";
+    if (log.registered().starts_with(message)) group_failed = true;
+  }
+  EXPECT_TRUE(group_failed);
+}
+
+TEST(Walker, GroupWithoutRepetitionsDoesNotLookAtItsFields) {
+  std::vector<SDBlkFieldDef> fields = {field("n", 'D', 1, "#", SDBLK_INT)};
+  SDBlkFieldDef empty = counted(field("g", '\0', 0, "", SDBLK_GROUP_ARRAY), "n");
+  empty.nsub = 2;
+  empty.sub = nullptr;
+  fields.push_back(empty);
+  Walk walk("0xx", fields);
+  EXPECT_EQ(walk.run(), 0);
+}
+
 TEST(WalkerMemory, AbbreviationThatCannotBeCopiedIsReported) {
   const OnePieceEach pieces;
   bool copy_failed = false;
