@@ -40,6 +40,16 @@ if [ $# -eq 0 ]; then
   exit "$status"
 fi
 
-for last in "$@"; do :; done
-[ -f "$last" ] || set -- "$@" "$sample"
+# Options stand in front of the volume; two of them take a value.
+names_no_volume() {
+  previous='' last=''
+  for argument in "$@"; do
+    previous=$last
+    last=$argument
+  done
+  case $previous in -types | -lsize) return 0 ;; esac
+  case $last in -*) return 0 ;; esac
+  return 1
+}
+if names_no_volume "$@"; then set -- "$@" "$sample"; fi
 exec "$build/cmd/tarvik" "$@"
