@@ -208,6 +208,8 @@ std::vector<Row> main_rows(const Tools &tools) {
       {"tarvik -vv B", tarvik({"-vv"}, b), "", 0, kRecordsB},
       {"tarvik -vv C", tarvik({"-vv"}, c), "cat of the listing, C", 4, 0},
       {"tarvik -sta C", tarvik({"-sta"}, c), "byte sum, C", 8, 0},
+      {"tarvik A, to a file", into_file(tarvik({}, a)), "framing limit, A", 0, kRecordsA},
+      {"tarvik -v A, to a file", into_file(tarvik({"-v"}, a)), "tarvik A", 0, kRecordsA},
       {"tarvik -vv A, to a file", into_file(tarvik({"-vv"}, a)), "cat of the listing, A", 0,
        kRecordsA},
       {"tarvik -vv C, to a file", into_file(tarvik({"-vv"}, c)), "cat of the listing, C", 0, 0},
