@@ -73,12 +73,7 @@ void exercise_control(std::string_view bytes) {
   const Volume vol(
       sdblk_new(nullptr, image.data(), static_cast<std::int32_t>(image.size()), kRecordLength));
   require(vol != nullptr, "a volume opens");
-  try {
-    read_all(vol.get());
-  } catch (const Fatal &) {
-  }
-  elog_clear_register(0);
-  take_listing();
+  until_fatal([&] { read_all(vol.get()); });
 }
 
 }  // namespace fuzz

@@ -44,12 +44,7 @@ void exercise_data(std::string_view bytes) {
   std_set_now(bytes.size() % 2 == 0 ? kNow : kLateNow);
   const Volume vol(sdblk_new(nullptr, image.get(), static_cast<std::int32_t>(bytes.size()), 0));
   require(vol != nullptr, "a volume opens");
-  try {
-    read_all(vol.get());
-  } catch (const Fatal &) {
-  }
-  elog_clear_register(0);
-  take_listing();
+  until_fatal([&] { read_all(vol.get()); });
 }
 
 }  // namespace fuzz

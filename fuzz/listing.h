@@ -5,6 +5,9 @@
 #include <cstdint>
 #include <string_view>
 
+#include "fuzz/harness.h"
+#include "support/elog.h"
+
 namespace fuzz {
 
 class Listing {
@@ -29,6 +32,21 @@ class Listing {
 
 // All that was written since the last call.
 Listing take_listing();
+
+// Calls read, which a fatal error of the library may end, and leaves the log empty.  False after
+// such an error.
+template <typename Read>
+bool until_fatal(Read read) {
+  bool ended = true;
+  try {
+    read();
+  } catch (const Fatal &) {
+    ended = false;
+  }
+  elog_clear_register(0);
+  take_listing();
+  return ended;
+}
 
 }  // namespace fuzz
 

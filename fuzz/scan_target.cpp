@@ -218,13 +218,9 @@ void exercise_scan(std::string_view bytes) {
   if (bytes.size() > (is_number ? kNumberWidth : kTextWidth)) {
     bytes = bytes.substr(0, is_number ? kNumberWidth + 1 : kTextWidth);
   }
-  try {
-    kTargets[choice](bytes);
-  } catch (const Fatal &) {
+  if (!until_fatal([&] { kTargets[choice](bytes); })) {
     require(!is_number || bytes.size() > kNumberWidth, "a field that fits is no fatal fault");
   }
-  elog_clear_register(0);
-  take_listing();
 }
 
 }  // namespace fuzz

@@ -90,13 +90,7 @@ Reading read_and_close(SDBlkVol *opened, const Way &way) {
   const Volume vol(opened);
   require(vol != nullptr, "a volume opens");
   Reading reading;
-  try {
-    read_volume(vol.get(), way, &reading);
-  } catch (const Fatal &) {
-    reading.listing.add("fatal");
-  }
-  elog_clear_register(0);
-  take_listing();
+  if (!until_fatal([&] { read_volume(vol.get(), way, &reading); })) reading.listing.add("fatal");
   return reading;
 }
 

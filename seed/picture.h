@@ -3,7 +3,6 @@
 #ifndef SEED_PICTURE_H_
 #define SEED_PICTURE_H_
 
-#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -11,11 +10,6 @@
 #include "support/digits.h"
 
 namespace picture {
-
-// Powers of ten that a double holds exactly.
-inline constexpr std::array<double, 23> kPowers = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
 // Whether a character can stand for the sign of a number.  Signs follow no pattern, so nothing
 // branches on them.
@@ -39,7 +33,7 @@ inline int read_exponent(const char *text) {
 // other text, and for exponents that one exact operation does not reach.
 template <int kSign, int kDecimals>
 bool read(const char *text, double *value) {
-  constexpr int kMostPowers = static_cast<int>(kPowers.size()) - 1;
+  constexpr int kMostPowers = static_cast<int>(kExactPowers.size()) - 1;
   const char *digit = text + kSign;
   // The digit in front of the point takes its place before the decimals.
   const auto whole = static_cast<unsigned char>(*digit ^ '0');
@@ -51,8 +45,8 @@ bool read(const char *text, double *value) {
   const int power = read_exponent(digit + 2 + kDecimals) - kDecimals;
   if (power < -kMostPowers || power > kMostPowers) return false;
   const auto exact = static_cast<double>(static_cast<std::int64_t>(mantissa));
-  const double size = power < 0 ? exact / kPowers[static_cast<std::size_t>(-power)]
-                                : exact * kPowers[static_cast<std::size_t>(power)];
+  const double size = power < 0 ? exact / kExactPowers[static_cast<std::size_t>(-power)]
+                                : exact * kExactPowers[static_cast<std::size_t>(power)];
   const bool negative = kSign == 1 && *text == '-';
   *value =
       std::bit_cast<double>(std::bit_cast<std::uint64_t>(size) | std::uint64_t{negative} << 63);

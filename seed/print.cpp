@@ -60,16 +60,10 @@ class IndexText {
 void print_text_rows(std::string_view prefix, const char *bytes, std::int64_t length) {
   for (std::int64_t position = 0; position < length; position += kTextRow) {
     const auto size = static_cast<std::size_t>(std::min(length - position, kTextRow));
-    const char *row = bytes + position;
+    const std::string_view row(bytes + position, strnlen(bytes + position, size));
     char *out = elog_reserve(prefix.size() + kNumberRoom);
     out = put_text(put_text(out, prefix), kIndent);
-    if (size == kTextRow && std::memchr(row, '\0', kTextRow) == nullptr) [[likely]] {
-      std::memcpy(out, row, kTextRow);
-      out += kTextRow;
-    } else {
-      out = put_padded(out, {row, strnlen(row, size)}, kRowColumns);
-    }
-    elog_commit(put_char(out, '\n'));
+    elog_commit(put_char(put_padded(out, row, kRowColumns), '\n'));
   }
 }
 

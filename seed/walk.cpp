@@ -137,7 +137,6 @@ class Walker {
   int decode_text(const SDBlkFieldDef &field, SDBlkEntry *entry);
   int decode_digits(const SDBlkFieldDef &field, SDBlkEntry *entry);
   int decode_real(const SDBlkFieldDef &field, SDBlkEntry *entry);
-  int decode_scientific(const SDBlkFieldDef &field, SDBlkEntry *entry);
   int decode_int_array(const SDBlkFieldDef &field, SDBlkEntry *entry);
   int decode_double_array(const SDBlkFieldDef &field, SDBlkEntry *entry);
   int decode_string_array(const SDBlkFieldDef &field, SDBlkEntry *entry);
@@ -273,15 +272,6 @@ int Walker::decode_real(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   return -1;
 }
 
-int Walker::decode_scientific(const SDBlkFieldDef &field, SDBlkEntry *entry) {
-  if (is_scientific(field) && feed_.remaining >= kScientificWidth &&
-      picture::read<1, 5>(feed_.cursor, &entry->value.d)) [[likely]] {
-    take(kScientificWidth);
-    return 0;
-  }
-  return decode_real(field, entry);
-}
-
 bool Walker::read_count(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   const char *key = field.number_entry == nullptr ? "" : field.number_entry;
   const auto *count = static_cast<const SDBlkEntry *>(getarr(array_, key));
@@ -390,8 +380,8 @@ int Walker::decode(const SDBlkFieldDef &field, SDBlkEntry *entry) {
       if (decode_digits(field, entry) < 0) return -1;
       break;
     case Conversion::lookup_code: code_ = entry; return decode_digits(field, entry);
-    case Conversion::real: return decode_real(field, entry);
-    case Conversion::scientific: return decode_scientific(field, entry);
+    case Conversion::real:
+    case Conversion::scientific: return decode_real(field, entry);
     case Conversion::time: entry->value.d = seed_time(until_zero(extract(field, &feed_))); return 0;
     case Conversion::btime:
       entry->value.d = binary<kBinaryTimeSize>(

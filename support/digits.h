@@ -1,11 +1,17 @@
-// Up to eight characters, most often decimal digits, as one word of which the first is the lowest
-// byte.
+// Decimal digits, eight at a time as one word of which the first character is the lowest byte, and
+// powers of ten.
 #ifndef SUPPORT_DIGITS_H_
 #define SUPPORT_DIGITS_H_
 
+#include <array>
 #include <bit>
 #include <cstdint>
 #include <cstring>
+
+// Powers of ten that a double holds exactly.
+inline constexpr std::array<double, 23> kExactPowers = {
+    1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+    1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
 // Between the order of the machine's bytes and that with the lowest in front.
 constexpr std::uint64_t lowest_first(std::uint64_t word) {

@@ -10,14 +10,11 @@
 #include <system_error>
 
 #include "support/c_locale.h"
+#include "support/digits.h"
 #include "support/memory.h"
 
 namespace {
 
-// Powers of ten that a double holds exactly.
-constexpr std::array<double, 23> kPowersOfTen = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                                 1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                                 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 // The largest integer below which a double holds every one.
 constexpr std::uint64_t kExactIntegers = std::uint64_t{1} << 53;
 
@@ -110,10 +107,10 @@ bool convert_short(std::string_view digits, std::int64_t exponent, double &value
     }
   }
   if (point < digits.size()) exponent -= static_cast<std::int64_t>(digits.size() - point - 1);
-  constexpr auto kMostPowers = static_cast<std::int64_t>(kPowersOfTen.size()) - 1;
+  constexpr auto kMostPowers = static_cast<std::int64_t>(kExactPowers.size()) - 1;
   if (mantissa > kExactIntegers || exponent > kMostPowers || exponent < -kMostPowers) return false;
   const auto whole = static_cast<double>(mantissa);
-  const double power = kPowersOfTen[static_cast<std::size_t>(exponent < 0 ? -exponent : exponent)];
+  const double power = kExactPowers[static_cast<std::size_t>(exponent < 0 ? -exponent : exponent)];
   value = exponent < 0 ? whole / power : whole * power;
   return true;
 }
