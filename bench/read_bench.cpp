@@ -15,6 +15,8 @@
 #include "support/line.h"
 #include "tests/util/volume_writer.h"
 
+using namespace tarvik;
+
 namespace {
 
 using volume::ControlBlockette;

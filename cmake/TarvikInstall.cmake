@@ -29,10 +29,12 @@ set(headers_support
     support/announce.h
     support/api.h
     support/arr.h
+    support/byteorder.h
     support/elog.h
     support/epoch.h
     support/exec.h
     support/tbl.h
+    support/text.h
 )
 foreach(folder IN ITEMS seed support)
   install(FILES ${headers_${folder}} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/tarvik/${folder}" COMPONENT dev)

@@ -37,7 +37,11 @@ file(CONFIGURE OUTPUT "${OUTPUT}" @ONLY CONTENT [[
 #ifndef BUILD_ID_H_
 #define BUILD_ID_H_
 
+namespace tarvik {
+
 inline constexpr char kBuildId[] = "@id@";
+
+}  // namespace tarvik
 
 #endif  // BUILD_ID_H_
 ]])

@@ -11,6 +11,8 @@
 #include "support/elog.h"
 #include "support/output.h"
 
+using namespace tarvik;
+
 namespace {
 
 // What could not be written makes the run a failure, however it ended.

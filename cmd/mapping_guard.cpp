@@ -8,6 +8,8 @@
 
 #include "support/stream.h"
 
+namespace tarvik {
+
 namespace {
 
 const char *image = nullptr;
@@ -40,3 +42,5 @@ void guard_mapping(const SDBlkVol &vol) {
   action.sa_flags = SA_SIGINFO;
   sigaction(SIGBUS, &action, nullptr);
 }
+
+}  // namespace tarvik

@@ -3,7 +3,9 @@
 #include <string_view>
 
 #include "support/elog.h"
-#include "support/text.h"
+#include "support/parse.h"
+
+namespace tarvik {
 
 namespace {
 
@@ -74,3 +76,5 @@ bool parse_options(int argc, char **argv, Options *options) {
   usage();
   return false;
 }
+
+}  // namespace tarvik

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+namespace tarvik {
+
 struct Options {
   int verbosity = 0;
   bool station_summary = false;
@@ -17,5 +19,7 @@ void usage();
 
 // Reads the arguments.  False after a complaint and the usage line.
 bool parse_options(int argc, char **argv, Options *options);
+
+}  // namespace tarvik
 
 #endif  // CMD_OPTIONS_H_

@@ -10,6 +10,8 @@
 
 #include "support/stream.h"
 
+namespace tarvik {
+
 namespace {
 
 // Bytes from one look at the clock to the next: often enough for a slow disk, and lost among the
@@ -84,3 +86,5 @@ void Progress::show(const std::string &line) {
 void Progress::erase() {
   if (shown_ && write(descriptor_, kErase.data(), kErase.size()) > 0) shown_ = false;
 }
+
+}  // namespace tarvik

@@ -9,6 +9,8 @@
 
 #include "cmd/options.h"
 
+namespace tarvik {
+
 // Where a run with these options shows its progress, or -1: a listing, and a summary that goes to
 // the terminal, show it themselves.
 int progress_descriptor(const Options &options);
@@ -47,5 +49,7 @@ class Progress {
   Clock::time_point next_show_;
   bool shown_ = false;
 };
+
+}  // namespace tarvik
 
 #endif  // CMD_PROGRESS_H_

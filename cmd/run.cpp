@@ -9,6 +9,8 @@
 #include "seed/sdblk.h"
 #include "support/output.h"
 
+namespace tarvik {
+
 namespace {
 
 // The process ends with the run, and the volume and the block with it: they are not released, and
@@ -78,3 +80,5 @@ int run(const Options &options) {
   tally.print();
   return complete ? 0 : 1;
 }
+
+}  // namespace tarvik

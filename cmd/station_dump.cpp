@@ -6,6 +6,8 @@
 #include "seed/time_text.h"
 #include "support/output.h"
 
+namespace tarvik {
+
 namespace {
 
 constexpr std::int32_t kItemsBeforeWrap = 10;
@@ -177,3 +179,5 @@ int mystrtime(char *text, double epoch) {
   *put_time_or_null(text, epoch) = '\0';
   return 0;
 }
+
+}  // namespace tarvik

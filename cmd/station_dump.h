@@ -4,6 +4,8 @@
 
 #include "seed/sdblk.h"
 
+namespace tarvik {
+
 // Prints what a decoded block adds to the summary, on standard output: blockettes 50, 52 and the
 // responses; others add nothing.  A verbosity above 0 adds names and coordinates.  Returns 0.
 int station_dump(const SDBlk *block, int verbosity);
@@ -11,5 +13,7 @@ int station_dump(const SDBlk *block, int verbosity);
 // Writes a time as "%Y:%j:%T", or "NULL" for SDBLK_NO_TIME, to text (at least 32 bytes).  Returns
 // 0.
 int mystrtime(char *text, double epoch);
+
+}  // namespace tarvik
 
 #endif  // CMD_STATION_DUMP_H_

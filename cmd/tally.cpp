@@ -4,6 +4,8 @@
 
 #include "support/output.h"
 
+namespace tarvik {
+
 void Tally::count(const SDBlk &block) {
   if (block.blkdef == nullptr) ++unknown_;
   ++by_type_[static_cast<unsigned char>(block.record_type)];
@@ -15,3 +17,5 @@ void Tally::print() const {
     output_print("# %cs = %ld\n", type, by_type_[static_cast<unsigned char>(type)]);
   }
 }
+
+}  // namespace tarvik

@@ -6,6 +6,8 @@
 
 #include "seed/sdblk.h"
 
+namespace tarvik {
+
 class Tally {
  public:
   // Counts a block under its record type, and under U when the catalogue does not know it.
@@ -17,5 +19,7 @@ class Tally {
   long unknown_ = 0;
   std::array<long, 256> by_type_ = {};  // of every record type that there may be
 };
+
+}  // namespace tarvik
 
 #endif  // CMD_TALLY_H_

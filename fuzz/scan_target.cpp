@@ -12,8 +12,11 @@
 #include "fuzz/listing.h"
 #include "seed/sdblk.h"
 #include "support/epoch.h"
+#include "support/parse.h"
 #include "support/tbl.h"
 #include "support/text.h"
+
+using namespace tarvik;
 
 namespace fuzz {
 

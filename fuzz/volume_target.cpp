@@ -9,6 +9,8 @@
 #include "fuzz/blocks.h"
 #include "fuzz/harness.h"
 
+using namespace tarvik;
+
 namespace fuzz {
 
 namespace {

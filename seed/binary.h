@@ -6,8 +6,10 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "support/byteorder.h"
 #include "support/epoch.h"
+#include "support/load.h"
+
+namespace tarvik {
 
 inline std::int32_t byte_at(const char *byte) { return std::bit_cast<std::int8_t>(*byte); }
 inline std::int32_t ubyte_at(const char *byte) { return static_cast<unsigned char>(*byte); }
@@ -26,5 +28,7 @@ inline double binary_time_at(const char *time, bool big_endian) {
   return h2e(load_u16(time, big_endian), load_u16(time + 2, big_endian), ubyte_at(time + 4),
              ubyte_at(time + 5), seconds);
 }
+
+}  // namespace tarvik
 
 #endif  // SEED_BINARY_H_

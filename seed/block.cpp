@@ -6,6 +6,8 @@
 #include "support/arr_impl.h"
 #include "support/memory.h"
 
+namespace tarvik {
+
 namespace {
 
 // Contents of a block that the parser fills again and again, and of a chained one.
@@ -118,6 +120,10 @@ void block_forget_fields(SDBlk *block) noexcept {
     arr_clear(contents, free_sdblk_entry);
   }
 }
+
+}  // namespace tarvik
+
+using namespace tarvik;
 
 void sdblk_clear(SDBlk *block) {
   if (block == nullptr) return;

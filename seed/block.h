@@ -22,6 +22,8 @@ struct SDBlkStorage {
   bool shares_chain;         // a copy: next belongs to the original
 };
 
+namespace tarvik {
+
 // A new zero-filled block with empty contents, or nullptr.  errno tells why.
 SDBlk *block_new() noexcept;
 
@@ -39,5 +41,7 @@ void block_drop_chain(SDBlk *block) noexcept;
 
 // Takes the decoded fields off a block that is decoded again; what a program set by hand stays.
 void block_forget_fields(SDBlk *block) noexcept;
+
+}  // namespace tarvik
 
 #endif  // SEED_BLOCK_H_

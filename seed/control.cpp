@@ -3,6 +3,8 @@
 #include "seed/sdblk.h"
 #include "seed/walk.h"
 
+using namespace tarvik;
+
 namespace {
 
 constexpr std::int32_t kPrefixSize = 7;  // blockette type and length in front of the fields

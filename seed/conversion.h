@@ -7,6 +7,8 @@
 
 #include "seed/sdblk.h"
 
+namespace tarvik {
+
 enum class Conversion : std::uint8_t {
   undecided,  // worked out at each use: a definition that was made by hand
   text,
@@ -61,5 +63,7 @@ constexpr Conversion conversion_of(std::int32_t kind, std::string_view format) {
     default: return Conversion::nothing;
   }
 }
+
+}  // namespace tarvik
 
 #endif  // SEED_CONVERSION_H_

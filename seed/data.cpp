@@ -6,8 +6,10 @@
 #include "seed/layout.h"
 #include "seed/sdblk.h"
 #include "seed/walk.h"
-#include "support/byteorder.h"
 #include "support/epoch.h"
+#include "support/load.h"
+
+using namespace tarvik;
 
 namespace {
 

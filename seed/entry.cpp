@@ -7,6 +7,8 @@
 #include "support/bounded.h"
 #include "support/memory.h"
 
+using namespace tarvik;
+
 namespace {
 
 constexpr std::size_t kKeyBuffer = 512;

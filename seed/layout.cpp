@@ -13,6 +13,8 @@
 #include "support/digits.h"
 #include "support/line.h"
 
+namespace tarvik {
+
 namespace {
 
 // ---- places ----
@@ -184,3 +186,5 @@ int unpack_fields(Arr **contents, Feed feed, const WalkContext &context, const S
   array->capacity = array->count;
   return 0;
 }
+
+}  // namespace tarvik

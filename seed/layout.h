@@ -11,6 +11,8 @@
 #include "seed/walk.h"
 #include "support/arr_impl.h"
 
+namespace tarvik {
+
 // Where the decoded fields of one definition go.
 struct LayoutPlace {
   const SDBlkFieldDef *fields;  // the definition's
@@ -34,5 +36,7 @@ const Layout *find_layout(const SDBlkDef &def);
 // Decodes the fields of a definition from the bytes in front: by their places where they have
 // some and all bytes are there, else one after the other.  0, or -1 with messages registered.
 int unpack_fields(Arr **contents, Feed feed, const WalkContext &context, const SDBlkDef &def);
+
+}  // namespace tarvik
 
 #endif  // SEED_LAYOUT_H_

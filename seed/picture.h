@@ -9,7 +9,7 @@
 
 #include "support/digits.h"
 
-namespace picture {
+namespace tarvik::picture {
 
 // Whether a character can stand for the sign of a number.  Signs follow no pattern, so nothing
 // branches on them.
@@ -75,6 +75,6 @@ inline std::int32_t read_fields(const char *text, std::int32_t width, std::int32
   }
 }
 
-}  // namespace picture
+}  // namespace tarvik::picture
 
 #endif  // SEED_PICTURE_H_

@@ -11,6 +11,8 @@
 #include "support/bounded.h"
 #include "support/line.h"
 
+using namespace tarvik;
+
 namespace {
 
 constexpr std::size_t kPrefixBuffer = 128;      // prefix of a block's fields

@@ -12,6 +12,8 @@
 #include "support/digits.h"
 #include "support/line.h"
 
+using namespace tarvik;
+
 namespace {
 
 constexpr std::int32_t kHeaderSize = 8;    // sequence number, type letter, continuation flag

@@ -5,7 +5,9 @@
 
 #include "support/bounded.h"
 #include "support/epoch.h"
-#include "support/text.h"
+#include "support/parse.h"
+
+namespace tarvik {
 
 namespace {
 
@@ -154,6 +156,10 @@ double seed_time(std::string_view text) {
                     reader.real(&seconds));
   return h2e(year, day, hour, minute, seconds);
 }
+
+}  // namespace tarvik
+
+using namespace tarvik;
 
 int scan_int(const char *text, const char *format, std::int64_t width, std::int32_t *result) {
   return scan_integer(number_field("scan_int", text, width), format, result);

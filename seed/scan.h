@@ -6,7 +6,9 @@
 #include <string_view>
 
 #include "seed/sdblk.h"
-#include "support/text.h"
+#include "support/parse.h"
+
+namespace tarvik {
 
 // The text up to its first 0 byte.
 inline std::string_view until_zero(std::string_view text) {
@@ -38,5 +40,7 @@ int scan_real(std::string_view text, double *result);
 
 // scan_time's value.
 double seed_time(std::string_view text);
+
+}  // namespace tarvik
 
 #endif  // SEED_SCAN_H_

@@ -10,6 +10,8 @@
 #include "support/bounded.h"
 #include "support/memory.h"
 
+using namespace tarvik;
+
 namespace {
 
 constexpr char kFunction[] = "sdblk_setup_stabuf";

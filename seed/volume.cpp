@@ -10,6 +10,8 @@
 #include "seed/sdblk.h"
 #include "support/memory.h"
 
+using namespace tarvik;
+
 namespace {
 
 constexpr off_t kSmallestFile = 10;

@@ -11,8 +11,10 @@
 #include "seed/scan.h"
 #include "support/arr_impl.h"
 #include "support/bounded.h"
-#include "support/byteorder.h"
 #include "support/line.h"
+#include "support/load.h"
+
+namespace tarvik {
 
 namespace {
 
@@ -492,6 +494,10 @@ int walk_fields(Arr **arrays, Feed *feed, const WalkContext &context, std::int32
   *feed = walker.rest();
   return result;
 }
+
+}  // namespace tarvik
+
+using namespace tarvik;
 
 int sdblk_unstuff_sblk(Arr **arrays, const char **cursor, std::int32_t *remaining,
                        std::int32_t big_endian, std::int32_t repetitions, SDBlkVol *vol,

@@ -8,6 +8,8 @@
 #include "seed/sdblk.h"
 #include "support/arr_impl.h"
 
+namespace tarvik {
+
 // Bytes that are still to be decoded.
 struct Feed {
   const char *cursor;
@@ -37,5 +39,7 @@ inline bool get_integer(const Arr *contents, std::uint32_t position, const char 
   *value = entry->value.i;
   return true;
 }
+
+}  // namespace tarvik
 
 #endif  // SEED_WALK_H_

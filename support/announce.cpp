@@ -21,6 +21,8 @@
 #include "support/stream.h"
 #include "support/text.h"
 
+using namespace tarvik;
+
 namespace {
 
 constexpr char kRelease[] = "Orvalen Release 5.11 Mac OS X 10.15.6 2022-02-22";

@@ -4,6 +4,8 @@
 
 #include "support/memory.h"
 
+namespace tarvik {
+
 bool Arena::one_piece_per_chunk = false;
 
 Arena::~Arena() {
@@ -47,3 +49,5 @@ void *Arena::take_from_new_chunk(std::size_t bytes) noexcept {
   free_ += bytes;
   return piece;
 }
+
+}  // namespace tarvik

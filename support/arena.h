@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace tarvik {
+
 class Arena {
  public:
   // The first chunk has at least first_chunk_bytes; it is allocated when it is needed.
@@ -63,5 +65,7 @@ class Arena {
   Chunk *current_ = nullptr;  // the one that free_ points into
   std::size_t next_chunk_bytes_;
 };
+
+}  // namespace tarvik
 
 #endif  // SUPPORT_ARENA_H_

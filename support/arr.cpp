@@ -7,6 +7,8 @@
 #include "support/elog.h"
 #include "support/memory.h"
 
+namespace tarvik {
+
 namespace {
 
 constexpr std::size_t kFirstChunkBytes = 512;
@@ -97,8 +99,6 @@ void release_foreign_values(const Arr &arr, void (*free_value)(void *)) {
 
 }  // namespace
 
-Arr *newarr(void) { return arr_new_pooled(0); }
-
 Arr *arr_new_pooled(std::size_t first_chunk_bytes) noexcept {
   void *piece = memory_get(sizeof(Arr));
   if (piece == nullptr) return nullptr;
@@ -176,6 +176,12 @@ bool arr_set(Arr *arr, const char *key, void *value, void **old_value) noexcept 
   arr->root->foreign = true;
   return true;
 }
+
+}  // namespace tarvik
+
+using namespace tarvik;
+
+Arr *newarr(void) { return arr_new_pooled(0); }
 
 void *setarr(Arr *arr, const char *key, void *value) {
   void *old_value = nullptr;

@@ -14,21 +14,27 @@
 #include "support/arena.h"
 #include "support/arr.h"
 
+namespace tarvik {
+
 struct ArrPair {
   const char *key;
   void *value;
 };
 
+}  // namespace tarvik
+
 struct Arr {
-  ArrPair *pairs;
+  tarvik::ArrPair *pairs;
   std::uint32_t count;
   std::uint32_t capacity;
   std::uint32_t *index;      // hash slot -> position + 1; null for a few keys
   std::uint32_t index_size;  // slots of index, a power of two
   bool foreign;              // at the root: some array of the tree holds values outside the pool
-  Arena *pool;               // bump storage; null until needed
+  tarvik::Arena *pool;       // bump storage; null until needed
   Arr *root;                 // owner of the pool; the array itself unless it is nested
 };
+
+namespace tarvik {
 
 // A new array whose pool starts with a chunk of first_chunk_bytes, released with freearr; or
 // nullptr.
@@ -71,5 +77,7 @@ inline void *arr_get_at(const Arr *arr, std::uint32_t position, const char *key)
   }
   return getarr(arr, key);
 }
+
+}  // namespace tarvik
 
 #endif  // SUPPORT_ARR_IMPL_H_

@@ -6,6 +6,8 @@
 
 #include "support/elog.h"
 
+namespace tarvik {
+
 // Ends the program unless text_bytes characters and a final 0 fit a buffer of buffer_bytes.
 inline void require_fit(const char *function, std::size_t text_bytes, std::size_t buffer_bytes) {
   if (text_bytes < buffer_bytes) [[likely]]
@@ -13,5 +15,7 @@ inline void require_fit(const char *function, std::size_t text_bytes, std::size_
   elog_die(0, "%s: text of %ld bytes does not fit the %ld byte buffer\n", function,
            static_cast<long>(text_bytes + 1), static_cast<long>(buffer_bytes));
 }
+
+}  // namespace tarvik
 
 #endif  // SUPPORT_BOUNDED_H_

@@ -1,5 +1,11 @@
 #include "support/byteorder.h"
 
+#include <bit>
+
+#include "support/load.h"
+
+using namespace tarvik;
+
 namespace {
 
 template <typename T>

@@ -4,6 +4,8 @@
 
 #include <locale.h>
 
+namespace tarvik {
+
 inline locale_t c_locale() noexcept {
   static const locale_t kLocale = newlocale(LC_ALL_MASK, "C", nullptr);
   return kLocale;
@@ -20,5 +22,7 @@ class InCLocale {
  private:
   locale_t before_;
 };
+
+}  // namespace tarvik
 
 #endif  // SUPPORT_C_LOCALE_H_

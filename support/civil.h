@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+namespace tarvik {
+
 inline constexpr std::int64_t kDaySeconds = 86400;
 // An epoch beyond this size counts as infinite.
 inline constexpr double kEpochLimit = 1e15;
@@ -44,5 +46,7 @@ constexpr CivilYear civil_year(std::int64_t day) {
   if (day >= first_day_of(year + 1)) ++year;
   return {year, static_cast<std::int32_t>(day - first_day_of(year) + 1)};
 }
+
+}  // namespace tarvik
 
 #endif  // SUPPORT_CIVIL_H_

@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <cstring>
 
+namespace tarvik {
+
 // Powers of ten that a double holds exactly.
 inline constexpr std::array<double, 23> kExactPowers = {
     1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
@@ -53,5 +55,7 @@ std::uint64_t first_of_eight(const char *text) {
   static_assert(kCount > 0 && kCount < 8);
   return load_eight(text) << (64 - 8 * kCount) | kEightZeros >> 8 * kCount;
 }
+
+}  // namespace tarvik
 
 #endif  // SUPPORT_DIGITS_H_

@@ -11,6 +11,8 @@
 #include "support/memory.h"
 #include "support/stream.h"
 
+using namespace tarvik;
+
 namespace {
 
 struct Program {

@@ -15,6 +15,8 @@
 #include "support/line.h"
 #include "support/memory.h"
 
+namespace tarvik {
+
 namespace {
 
 double fixed_now = std::numeric_limits<double>::quiet_NaN();
@@ -173,6 +175,23 @@ const DayText &day_text(std::int64_t day) {
 
 }  // namespace
 
+char *put_time(char *out, double epoch) {
+  const std::string_view whole = undated(epoch);
+  if (!whole.empty()) return put_text(out, whole);
+  const auto seconds = static_cast<std::int64_t>(std::floor(epoch));
+  const std::int64_t day = floor_div(seconds, kDaySeconds);
+  const DayText &date = day_text(day);
+  out = put_text(out, {date.text.data(), date.length});
+  const auto second_of_day = static_cast<int>(seconds - day * kDaySeconds);
+  out = put_char(put_digits<2>(out, second_of_day / 3600), ':');
+  out = put_char(put_digits<2>(out, second_of_day / 60 % 60), ':');
+  return put_digits<2>(out, second_of_day % 60);
+}
+
+}  // namespace tarvik
+
+using namespace tarvik;
+
 double h2e(int32_t year, int32_t day, int32_t hour, int32_t minute, double seconds) {
   const std::int64_t days = first_day_of(year) + (std::int64_t{day} - 1);
   const std::int64_t whole =
@@ -208,16 +227,3 @@ double std_now(void) {
 }
 
 void std_set_now(double epoch) { fixed_now = epoch; }
-
-char *put_time(char *out, double epoch) {
-  const std::string_view whole = undated(epoch);
-  if (!whole.empty()) return put_text(out, whole);
-  const auto seconds = static_cast<std::int64_t>(std::floor(epoch));
-  const std::int64_t day = floor_div(seconds, kDaySeconds);
-  const DayText &date = day_text(day);
-  out = put_text(out, {date.text.data(), date.length});
-  const auto second_of_day = static_cast<int>(seconds - day * kDaySeconds);
-  out = put_char(put_digits<2>(out, second_of_day / 3600), ':');
-  out = put_char(put_digits<2>(out, second_of_day / 60 % 60), ':');
-  return put_digits<2>(out, second_of_day % 60);
-}

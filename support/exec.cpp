@@ -12,6 +12,8 @@
 
 #include "support/memory.h"
 
+using namespace tarvik;
+
 namespace {
 
 // directory and name joined, to be freed; the empty directory is the current one.

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <cstring>
 
+namespace tarvik {
+
 namespace {
 
 __extension__ using Wide = unsigned __int128;
@@ -195,3 +197,5 @@ char *put_hex(char *out, const char *bytes, std::size_t count) {
   }
   return put_hex_half(out, bytes, count);
 }
+
+}  // namespace tarvik

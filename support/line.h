@@ -9,6 +9,8 @@
 
 #include "support/stream.h"
 
+namespace tarvik {
+
 // Room for a text of at most `bytes` bytes (at most kStreamBytes) in the error log's buffer; what
 // is put there is written as one notification when elog_commit is called with its end.  The text
 // ends in a newline.  Nothing else may be logged or printed in between.
@@ -107,5 +109,7 @@ inline constexpr std::size_t kHexSurplus = 32;
 char *put_hex(char *out, const char *bytes, std::size_t count);
 // "%Y:%j:%T" of an epoch, as epoch2str gives it: at most 32 bytes.
 char *put_time(char *out, double epoch);
+
+}  // namespace tarvik
 
 #endif  // SUPPORT_LINE_H_

@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 
+namespace tarvik {
+
 namespace {
 
 MemoryGate gate_in_force = nullptr;
@@ -39,3 +41,5 @@ char *memory_copy_text(const char *text, std::size_t size) noexcept {
 }
 
 void memory_set_gate(MemoryGate gate) noexcept { gate_in_force = gate; }
+
+}  // namespace tarvik

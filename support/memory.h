@@ -5,6 +5,8 @@
 
 #include <cstddef>
 
+namespace tarvik {
+
 // Memory from malloc, or nullptr.  Released with memory_free (free serves as well).
 void *memory_get(std::size_t bytes) noexcept;
 void *memory_get_zeroed(std::size_t bytes) noexcept;
@@ -16,5 +18,7 @@ char *memory_copy_text(const char *text, std::size_t size) noexcept;
 // Asked before every allocation of a size; false makes it fail.  nullptr lets all pass.
 using MemoryGate = bool (*)(std::size_t bytes);
 void memory_set_gate(MemoryGate gate) noexcept;
+
+}  // namespace tarvik
 
 #endif  // SUPPORT_MEMORY_H_

@@ -4,6 +4,8 @@
 
 #include "support/stream.h"
 
+namespace tarvik {
+
 void output_print(const char *format, ...) {
   std::va_list arguments;
   va_start(arguments, format);
@@ -20,3 +22,5 @@ void output_commit(char *end) { stream_commit(output_stream, end); }
 void output_flush() { stream_flush(output_stream); }
 
 int output_write_error() { return output_stream.error; }
+
+}  // namespace tarvik

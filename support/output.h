@@ -7,6 +7,8 @@
 
 #include "support/api.h"
 
+namespace tarvik {
+
 // Writes a formatted text.  On a terminal, control bytes other than newline and tab show as "?".
 void output_print(const char *format, ...) SDBLK_PRINTF(1, 2);
 // Room for bytes in the output's buffer, and the end of what was put there (see support/line.h).
@@ -15,5 +17,7 @@ void output_commit(char *end);
 void output_flush();
 // The errno of the first write that failed, or 0.
 int output_write_error();
+
+}  // namespace tarvik
 
 #endif  // SUPPORT_OUTPUT_H_

@@ -12,6 +12,8 @@
 #include "support/elog.h"
 #include "support/memory.h"
 
+namespace tarvik {
+
 namespace {
 
 char output_buffer[kStreamBytes];
@@ -177,3 +179,5 @@ void FormattedText::clear() noexcept {
   size_ = 0;
   room_ = kShortBytes;
 }
+
+}  // namespace tarvik

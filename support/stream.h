@@ -14,6 +14,8 @@
 
 #include "support/api.h"
 
+namespace tarvik {
+
 inline constexpr std::size_t kStreamBytes = std::size_t{64} * 1024;
 
 struct Stream {
@@ -96,5 +98,7 @@ class FormattedText {
   std::size_t room_ = kShortBytes;
   char short_[kShortBytes] = {};
 };
+
+}  // namespace tarvik
 
 #endif  // SUPPORT_STREAM_H_

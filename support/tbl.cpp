@@ -18,6 +18,8 @@ struct Tbl {
   long compiled_count;
 };
 
+using namespace tarvik;
+
 namespace {
 
 constexpr long kMostElements = LONG_MAX / static_cast<long>(sizeof(void *));

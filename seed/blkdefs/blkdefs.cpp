@@ -18,7 +18,7 @@
 #include "support/elog.h"
 
 // The table belongs to the C interface, so it cannot stand in the namespace of its rows.
-using namespace blkdefs;
+using namespace tarvik::blkdefs;
 
 // clang-format off
 
@@ -97,8 +97,8 @@ static_assert(every_field(seed_blkdefs, text_is_there));
 
 }  // namespace
 
-void blkdefs::fill_index(std::span<const SDBlkDef> defs,
-                         std::span<const SDBlkDef *, SEED_BLKDEFS_INDEX_SIZE> slots) {
+void tarvik::blkdefs::fill_index(std::span<const SDBlkDef> defs,
+                                 std::span<const SDBlkDef *, SEED_BLKDEFS_INDEX_SIZE> slots) {
   std::fill(slots.begin(), slots.end(), nullptr);
   for (const SDBlkDef &def : defs) {
     if (def.type < 0 || def.type >= SEED_BLKDEFS_INDEX_SIZE) {

@@ -11,7 +11,7 @@
 #include "seed/conversion.h"
 #include "seed/sdblk.h"
 
-namespace blkdefs {
+namespace tarvik::blkdefs {
 
 using Definitions = std::span<const SDBlkDef>;
 using Fields = std::span<const SDBlkFieldDef>;
@@ -204,6 +204,6 @@ constexpr bool text_is_there(const SDBlkFieldDef &field) {
          std::string_view(field.key).size() == field.key_length;
 }
 
-}  // namespace blkdefs
+}  // namespace tarvik::blkdefs
 
 #endif  // SEED_BLKDEFS_CHECKS_H_

@@ -6,7 +6,7 @@
 
 #include "seed/blkdefs/rows.h"
 
-namespace blkdefs {
+namespace tarvik::blkdefs {
 
 // clang-format off
 
@@ -162,6 +162,6 @@ inline constexpr SDBlkFieldDef B2000_blkdef[] = {
 
 // clang-format on
 
-}  // namespace blkdefs
+}  // namespace tarvik::blkdefs
 
 #endif  // SEED_BLKDEFS_DATA_H_

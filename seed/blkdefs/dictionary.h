@@ -5,7 +5,7 @@
 #include "seed/blkdefs/groups.h"
 #include "seed/blkdefs/rows.h"
 
-namespace blkdefs {
+namespace tarvik::blkdefs {
 
 // clang-format off
 
@@ -140,6 +140,6 @@ inline constexpr SDBlkFieldDef B0048_blkdef[] = {
 
 // clang-format on
 
-}  // namespace blkdefs
+}  // namespace tarvik::blkdefs
 
 #endif  // SEED_BLKDEFS_DICTIONARY_H_

@@ -4,7 +4,7 @@
 
 #include "seed/blkdefs/rows.h"
 
-namespace blkdefs {
+namespace tarvik::blkdefs {
 
 // clang-format off
 
@@ -87,6 +87,6 @@ inline constexpr SDBlkFieldDef B0074_accels[] = {
 
 // clang-format on
 
-}  // namespace blkdefs
+}  // namespace tarvik::blkdefs
 
 #endif  // SEED_BLKDEFS_GROUPS_H_

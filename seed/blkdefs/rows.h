@@ -27,7 +27,7 @@
 #include "seed/conversion.h"
 #include "seed/sdblk.h"
 
-namespace blkdefs {
+namespace tarvik::blkdefs {
 
 // Columns that a key takes in the listing.
 inline constexpr std::size_t kKeyColumns = 10;
@@ -111,6 +111,6 @@ constexpr SDBlkDef blockette(std::int32_t type, const char *id, const char *name
   return {type, id, name, description, rectypes, static_cast<std::int32_t>(N), fields};
 }
 
-}  // namespace blkdefs
+}  // namespace tarvik::blkdefs
 
 #endif  // SEED_BLKDEFS_ROWS_H_

@@ -5,7 +5,7 @@
 #include "seed/blkdefs/groups.h"
 #include "seed/blkdefs/rows.h"
 
-namespace blkdefs {
+namespace tarvik::blkdefs {
 
 // clang-format off
 
@@ -63,6 +63,6 @@ inline constexpr SDBlkFieldDef B0074_blkdef[] = {
 
 // clang-format on
 
-}  // namespace blkdefs
+}  // namespace tarvik::blkdefs
 
 #endif  // SEED_BLKDEFS_TIMESPAN_H_

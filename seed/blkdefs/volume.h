@@ -7,7 +7,7 @@
 #include "seed/blkdefs/groups.h"
 #include "seed/blkdefs/rows.h"
 
-namespace blkdefs {
+namespace tarvik::blkdefs {
 
 // clang-format off
 
@@ -52,6 +52,6 @@ inline constexpr SDBlkFieldDef B0012_blkdef[] = {
 
 // clang-format on
 
-}  // namespace blkdefs
+}  // namespace tarvik::blkdefs
 
 #endif  // SEED_BLKDEFS_VOLUME_H_

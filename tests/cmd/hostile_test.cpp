@@ -14,6 +14,8 @@
 #include "tests/util/log_capture.h"
 #include "tests/util/reader.h"
 
+using namespace tarvik;
+
 #if defined(__SANITIZE_ADDRESS__)
 #define TESTS_UNDER_SANITIZERS 1
 #elif defined(__has_feature)

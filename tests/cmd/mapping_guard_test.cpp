@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <string>
 
+using namespace tarvik;
+
 namespace {
 
 // Reads a page of a file that has no bytes any more.

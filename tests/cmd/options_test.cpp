@@ -8,6 +8,8 @@
 
 #include "tests/util/log_capture.h"
 
+using namespace tarvik;
+
 namespace {
 
 constexpr char kUsage[] =

@@ -12,6 +12,8 @@
 #include "support/output.h"
 #include "tests/support/child.h"
 
+using namespace tarvik;
+
 namespace {
 
 using std::chrono::hours;

@@ -10,6 +10,8 @@
 
 #include "tests/cmd/command_fixture.h"
 
+using namespace tarvik;
+
 namespace {
 
 using command::Result;

@@ -7,11 +7,13 @@ endif()
 add_library(sdblk_exports SHARED $<TARGET_OBJECTS:seed> $<TARGET_OBJECTS:support>)
 set_target_properties(sdblk_exports PROPERTIES LINKER_LANGUAGE CXX)
 target_include_directories(sdblk_exports INTERFACE "${PROJECT_SOURCE_DIR}")
-add_test(NAME consumer.shared_library_exports_the_public_names
-         COMMAND ${CMAKE_COMMAND} "-DNM=${CMAKE_NM}" "-DLIBRARY=$<TARGET_FILE:sdblk_exports>"
-                 "-DEXPECTED=${CMAKE_CURRENT_LIST_DIR}/exports.txt" -P
-                 "${CMAKE_CURRENT_LIST_DIR}/exports.cmake"
-)
+foreach(library IN ITEMS sdblk_exports sdblk)
+  add_test(NAME consumer.${library}_has_the_public_names_and_no_others
+           COMMAND ${CMAKE_COMMAND} "-DNM=${CMAKE_NM}" "-DLIBRARY=$<TARGET_FILE:${library}>"
+                   "-DEXPECTED=${CMAKE_CURRENT_LIST_DIR}/exports.txt" -P
+                   "${CMAKE_CURRENT_LIST_DIR}/exports.cmake"
+  )
+endforeach()
 
 add_executable(consumer_shared "${CMAKE_CURRENT_LIST_DIR}/consumer.c")
 target_link_libraries(consumer_shared PRIVATE sdblk_exports)

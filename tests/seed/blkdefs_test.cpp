@@ -20,6 +20,8 @@
 #include "seed/sdblk.h"
 #include "tests/tools/catalogue_table.h"
 
+using namespace tarvik;
+
 namespace {
 
 using blkdefs::Fields;

@@ -9,9 +9,11 @@
 #include "seed/blkdefs/rows.h"
 #include "seed/sdblk.h"
 
+using namespace tarvik;
+
 namespace {
 
-using namespace blkdefs;
+using namespace tarvik::blkdefs;
 
 SDBlkFieldDef integer(const char *key) {
   return field(key, 'D', 2, "##", SDBLK_INT, "Title", "Description");

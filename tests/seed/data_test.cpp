@@ -19,6 +19,8 @@
 #include "tests/util/log_capture.h"
 #include "tests/util/volume_writer.h"
 
+using namespace tarvik;
+
 namespace {
 
 using volume::BinaryFields;

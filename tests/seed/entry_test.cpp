@@ -17,6 +17,8 @@
 #include "tests/util/log_capture.h"
 #include "tests/util/volume_writer.h"
 
+using namespace tarvik;
+
 namespace {
 
 using volume::ControlBlockette;

@@ -20,6 +20,8 @@
 #include "support/memory.h"
 #include "tests/util/log_capture.h"
 
+using namespace tarvik;
+
 namespace {
 
 struct Release {

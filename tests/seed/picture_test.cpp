@@ -13,6 +13,8 @@
 #include <random>
 #include <string>
 
+using namespace tarvik;
+
 namespace {
 
 std::optional<double> read(const std::string &text) {

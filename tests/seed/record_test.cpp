@@ -15,6 +15,8 @@
 #include "tests/util/reader.h"
 #include "tests/util/volume_writer.h"
 
+using namespace tarvik;
+
 namespace {
 
 using namespace std::string_literals;

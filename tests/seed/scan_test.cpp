@@ -17,6 +17,8 @@
 #include "support/text.h"
 #include "tests/util/log_capture.h"
 
+using namespace tarvik;
+
 namespace {
 
 using namespace std::string_literals;

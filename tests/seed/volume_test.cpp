@@ -18,6 +18,8 @@
 #include "tests/util/log_capture.h"
 #include "tests/util/without_rights.h"
 
+using namespace tarvik;
+
 namespace {
 
 // A directory of the test's own that every user may look into.

@@ -8,6 +8,8 @@
 
 #include "support/memory.h"
 
+using namespace tarvik;
+
 namespace {
 
 int allocations = 0;

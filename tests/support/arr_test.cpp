@@ -9,6 +9,8 @@
 #include "support/arr_impl.h"
 #include "tests/util/log_capture.h"
 
+using namespace tarvik;
+
 namespace {
 
 // Values are addresses; these are some.

@@ -10,6 +10,8 @@
 #include <random>
 #include <string>
 
+using namespace tarvik;
+
 namespace {
 
 std::optional<std::uint64_t> read(const std::string &text) {

@@ -19,6 +19,8 @@
 #include "support/stream.h"
 #include "tests/support/child.h"
 
+using namespace tarvik;
+
 namespace {
 
 using std::string_literals::operator""s;

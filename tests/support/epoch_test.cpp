@@ -14,6 +14,8 @@
 #include "support/line.h"
 #include "support/memory.h"
 
+using namespace tarvik;
+
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();

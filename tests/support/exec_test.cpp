@@ -12,6 +12,8 @@
 #include "support/memory.h"
 #include "tests/util/without_rights.h"
 
+using namespace tarvik;
+
 namespace {
 
 constexpr const char *kVariable = "TARVIK_TEST_SEARCH_PATH";

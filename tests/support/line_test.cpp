@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+using namespace tarvik;
+
 namespace {
 
 using Buffer = std::array<char, 512>;

@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <cstring>
 
+using namespace tarvik;
+
 namespace {
 
 TEST(Memory, ZeroBytesAreAPieceToo) {

@@ -10,6 +10,8 @@
 
 #include "support/memory.h"
 
+using namespace tarvik;
+
 namespace {
 
 struct FreeTbl {

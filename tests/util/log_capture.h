@@ -94,9 +94,9 @@ class FailingMemory {
     nth() = n;
     asked() = 0;
     stays() = always;
-    memory_set_gate(pass);
+    tarvik::memory_set_gate(pass);
   }
-  ~FailingMemory() { memory_set_gate(nullptr); }
+  ~FailingMemory() { tarvik::memory_set_gate(nullptr); }
   FailingMemory(const FailingMemory &) = delete;
   FailingMemory &operator=(const FailingMemory &) = delete;
 
