@@ -25,6 +25,7 @@ endif()
 
 foreach(candidate IN ITEMS "${id}" "${DEFAULT}" "${recorded}"
                            "0000000000000000000000000000000000000000")
+  string(TOLOWER "${candidate}" candidate)
   string(LENGTH "${candidate}" length)
   if(length EQUAL 40 AND candidate MATCHES "^[0-9a-f]+$")
     set(id "${candidate}")

@@ -27,6 +27,8 @@ endfunction()
 
 expect(${recorded} "${recorded}\n" "")
 expect(${given} "${recorded}\n" ${given})
+expect(${given} "" FEDCBA9876543210fedcba9876543210FEDCBA98)
+expect(${recorded} "0123456789ABCDEF0123456789abcdef01234567\n" "")
 expect(${none} "" "")
 expect(${none} "${recorded}0\n" "")
 expect(${none} "no identifier\n" "")
