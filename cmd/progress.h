@@ -2,10 +2,13 @@
 #ifndef CMD_PROGRESS_H_
 #define CMD_PROGRESS_H_
 
+#include <array>
 #include <chrono>
+#include <csignal>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <string>
+#include <string_view>
 
 #include "cmd/options.h"
 
@@ -16,13 +19,24 @@ namespace tarvik {
 int progress_descriptor(const Options &options);
 
 // The line for offset of size bytes read in a time, without a line end.
-std::string progress_text(std::int64_t offset, std::int64_t size, double seconds);
+class ProgressText {
+ public:
+  ProgressText(std::int64_t offset, std::int64_t size, double seconds);
+  [[nodiscard]] std::string_view view() const { return text_.data(); }
 
-// Shows the line once the run has lasted longer than the delay, renews it a few times a second, and
-// takes it away before anything else is written to a terminal and at the end.
+  static constexpr std::size_t kMostColumns = 79;
+
+ private:
+  std::array<char, kMostColumns + 1> text_ = {};
+};
+
+// Shows the line, as much of it as fits the terminal, once the run has lasted longer than the
+// delay, renews it a few times a second, and takes it away before anything else is written to a
+// terminal, at the end, and when the run is ended from the keyboard.  There is one at a time.
 class Progress {
  public:
   static constexpr std::chrono::milliseconds kDelay{2000};
+  static constexpr std::size_t kSignals = 2;
 
   // Nothing is ever shown where the descriptor is no terminal, -1 included.
   Progress(int descriptor, std::int64_t size, std::chrono::milliseconds delay = kDelay);
@@ -40,14 +54,21 @@ class Progress {
   using Clock = std::chrono::steady_clock;
 
   void look(std::int64_t offset);
-  void show(const std::string &line);
+  void show(std::string_view line);
+  char *put_erasure(char *out) const;
+  void write_or_forget(std::string_view bytes);
+  void catch_signals();
+
+  static constexpr std::size_t kMostColumns = ProgressText::kMostColumns;
 
   int descriptor_;
   std::int64_t size_;
   std::int64_t next_look_ = std::numeric_limits<std::int64_t>::max();
   Clock::time_point start_;
   Clock::time_point next_show_;
-  bool shown_ = false;
+  bool dumb_ = false;      // the terminal knows the carriage return at most
+  std::size_t shown_ = 0;  // columns of the line that is there
+  std::array<struct sigaction, kSignals> before_ = {};
 };
 
 }  // namespace tarvik

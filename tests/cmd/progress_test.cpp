@@ -1,10 +1,13 @@
 #include "cmd/progress.h"
 
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstdint>
+#include <cstdlib>
 #include <regex>
 #include <string>
 
@@ -44,6 +47,10 @@ std::string shown_by(Function function) {
       .bytes;
 }
 
+std::string progress_text(std::int64_t offset, std::int64_t size, double seconds) {
+  return std::string(ProgressText(offset, size, seconds).view());
+}
+
 // What progress_descriptor answers in a child whose streams run gives it.
 template <typename Run>
 int descriptor_in(Run run, const Options &options) {
@@ -69,6 +76,24 @@ TEST(ProgressText, RoundsTimeLeftUp) {
 TEST(ProgressText, ShowsHours) {
   EXPECT_EQ(progress_text(1000000000, 5000000000, 1000.0),
             "tarvik:  20.0 %  1.0 MB/s  1:06:40 left");
+}
+
+TEST(ProgressText, ShowsMinutesFromAMinuteOn) {
+  EXPECT_EQ(progress_text(1000000, 60000000, 1.0), "tarvik:   1.7 %  1.0 MB/s  0:59 left");
+  EXPECT_EQ(progress_text(1000000, 61000000, 1.0), "tarvik:   1.6 %  1.0 MB/s  1:00 left");
+}
+
+TEST(ProgressText, ShowsHoursFromAnHourOn) {
+  EXPECT_EQ(progress_text(1000000, 3600000000, 1.0), "tarvik:   0.0 %  1.0 MB/s  59:59 left");
+  EXPECT_EQ(progress_text(1000000, 3601000000, 1.0), "tarvik:   0.0 %  1.0 MB/s  1:00:00 left");
+}
+
+TEST(ProgressText, LongestFitsItsRoom) {
+  // As long as it can be: a rate of seven digits and a time left that is cut at 1e9 seconds.
+  EXPECT_EQ(progress_text(1, 4000000000000000000, 1.0),
+            "tarvik:   0.0 %  0.0 MB/s  277777:46:40 left");
+  EXPECT_EQ(progress_text(4000000000000000000, 4000000000000000000, 0.0),
+            "tarvik: 100.0 %  4000000000000000000.0 MB/s  0:00 left");
 }
 
 TEST(ProgressText, ShowsNothingLeftAtTheEnd) {
@@ -126,6 +151,58 @@ TEST(Progress, IsRenewedAFewTimesASecond) {
   // At once and a quarter of a second later; a machine that stood still may have had time for more.
   EXPECT_GE(count(bytes, "left"), 2U) << bytes;
   EXPECT_LE(count(bytes, "left"), 4U) << bytes;
+}
+
+TEST(Progress, IsCutWhereTheTerminalIsNarrow) {
+  const std::string bytes = shown_by([](Progress *progress) {
+    const winsize narrow = {.ws_row = 24, .ws_col = 20, .ws_xpixel = 0, .ws_ypixel = 0};
+    ioctl(STDERR_FILENO, TIOCSWINSZ, &narrow);
+    progress->at(kMiB);
+  });
+  // 19 columns: one that is filled to its last may run on.
+  EXPECT_TRUE(std::regex_match(bytes, std::regex("\r\033\\[Ktarvik:  25\\.0 %  [0-9][0-9.]\r\033\\[K")))
+      << bytes;
+}
+
+TEST(Progress, OnADumbTerminalBlanksTakeItAway) {
+  setenv("TERM", "dumb", 1);
+  const std::string bytes = shown_by([](Progress *progress) { progress->at(kMiB); });
+  unsetenv("TERM");
+  std::smatch parts;
+  ASSERT_TRUE(std::regex_match(
+      bytes, parts, std::regex("\r\r(tarvik:  25\\.0 %  [0-9.]+ MB/s  [0-9:]+ left)\r( +)\r")))
+      << bytes;
+  EXPECT_EQ(parts[1].length(), parts[2].length());
+}
+
+TEST(Progress, GoesWhenTheRunIsEndedFromTheKeyboard) {
+  for (const int signal : {SIGINT, SIGTERM}) {
+    const ChildResult child = run_child_on_terminal([signal] {
+      Progress progress(STDERR_FILENO, 4 * kMiB, milliseconds(0));
+      progress.at(kMiB);
+      std::raise(signal);
+    });
+    EXPECT_EQ(child.status, 1000 + signal);
+    EXPECT_TRUE(child.bytes.ends_with(std::string(" left") + kErase)) << child.bytes;
+  }
+}
+
+TEST(Progress, LeavesASignalThatIsIgnoredAlone) {
+  const ChildResult child = run_child_on_terminal([] {
+    std::signal(SIGINT, SIG_IGN);
+    Progress progress(STDERR_FILENO, 4 * kMiB, milliseconds(0));
+    std::raise(SIGINT);
+  });
+  EXPECT_EQ(child.status, 0);
+}
+
+TEST(Progress, GivesTheSignalsBackAtItsEnd) {
+  const ChildResult child = run_child_on_terminal([] {
+    { const Progress progress(STDERR_FILENO, 4 * kMiB, milliseconds(0)); }
+    std::raise(SIGINT);
+  });
+  EXPECT_EQ(child.status, 1000 + SIGINT);
+  EXPECT_EQ(child.bytes, "");
 }
 
 TEST(Progress, GoesBeforeAMessage) {
