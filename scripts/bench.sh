@@ -3,15 +3,15 @@
 #
 # The volumes (5.5 GiB with the long ones) are made in build/bench/volumes and kept for the next run.
 set -eu
-top=$(cd "$(dirname "$0")/.." && pwd)
+root=$(CDPATH='' cd -- "$(dirname -- "$0")/.." && pwd)
+. "$root/scripts/lib.sh"
 rounds=${1:-9}
-build=$top/build/bench
+build=$root/build/bench
 volumes=$build/volumes
 
-sh "$top/scripts/setup.sh" --bench >&2
-cd "$top"
-cmake --preset bench >&2
-cmake --build --preset bench --target tarvik benchmarks >&2
+"$root/scripts/setup.sh" --bench
+configure bench "$build" >&2
+cmake --build "$build" --target tarvik benchmarks >&2
 mkdir -p "$volumes"
 
 # make NAME ARGUMENTS...: one volume, unless it is there already.

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Builds the command and runs it.
+# Builds the command and the library, and runs the command.
 #
 #   demo.sh                            the station summary of the sample volume
 #   demo.sh [options of tarvik]        the same with other options
@@ -11,21 +11,17 @@ set -eu
 root=$(CDPATH='' cd -- "$(dirname -- "$0")/.." && pwd)
 build=$root/build/release
 sample=$root/samples/demo.seed
-log=$root/build/demo.log
+. "$root/scripts/lib.sh"
 
 "$root/scripts/setup.sh" --build
 
-mkdir -p "$root/build"
-[ -x "$build/cmd/tarvik" ] || echo 'demo: building the command; this happens once.' >&2
-configure() {
+build_command() {
   # The tests are left for scripts/test.sh, which knows what they need.
-  [ -f "$build/build.ninja" ] || (cd "$root" && cmake --preset release -DTARVIK_TESTS=OFF)
+  configured_here "$build" || configure release "$build" -DTARVIK_TESTS=OFF
+  cmake --build "$build" --target tarvik sdblk
 }
-{ configure && cmake --build "$build" --target tarvik; } >"$log" 2>&1 || {
-  cat "$log" >&2
-  echo 'demo: the build failed.' >&2
-  exit 1
-}
+[ -x "$build/cmd/tarvik" ] || echo 'demo: building the command; this happens once.' >&2
+quietly "$root/build/demo.log" build_command
 
 if [ $# -eq 0 ]; then
   status=0
@@ -40,7 +36,7 @@ if [ $# -eq 0 ]; then
   exit "$status"
 fi
 
-# Options stand in front of the volume; two of them take a value.
+# Options come before the volume; two of them take a value.
 names_no_volume() {
   previous='' last=''
   for argument in "$@"; do

@@ -8,6 +8,7 @@
 # written to build/fuzz-findings; the target run on it alone shows the finding again.
 set -eu
 root=$(CDPATH='' cd -- "$(dirname -- "$0")/.." && pwd)
+. "$root/scripts/lib.sh"
 chosen=${1:-all}
 seconds=${2:-60}
 case $chosen in
@@ -18,14 +19,14 @@ case $chosen in
     exit 1
     ;;
 esac
+"$root/scripts/setup.sh" --clang
 cd "$root"
 mkdir -p build/fuzz-findings
-log=build/fuzz-build.log
-{ cmake --preset fuzz && cmake --build --preset fuzz; } >"$log" 2>&1 || {
-  cat "$log" >&2
-  echo 'fuzz: the build failed.' >&2
-  exit 1
+build_targets() {
+  configure fuzz "$root/build/fuzz"
+  cmake --build build/fuzz --target fuzzers
 }
+quietly "$root/build/fuzz-build.log" build_targets
 
 # The longest input that makes sense for a target, bytes.
 longest() {
