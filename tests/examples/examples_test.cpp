@@ -15,7 +15,8 @@ using volume::ControlBlockette;
 using volume::DataRecord;
 using volume::VolumeWriter;
 
-constexpr char kDemo[] = TARVIK_SOURCE_DIR "/samples/demo.seed";
+// Paths are quoted for the shell: one may hold a blank.
+constexpr char kDemo[] = "'" TARVIK_SOURCE_DIR "/samples/demo.seed'";
 constexpr char kQuiet[] = " 2>/dev/null";
 
 struct Outcome {
@@ -38,8 +39,8 @@ Outcome run(const std::string &command_line) {
   if (WIFEXITED(ended)) outcome.status = WEXITSTATUS(ended);
   return outcome;
 }
-Outcome stations(const std::string &arguments) { return run(TARVIK_STATIONS " " + arguments); }
-Outcome channels(const std::string &arguments) { return run(TARVIK_CHANNELS " " + arguments); }
+Outcome stations(const std::string &arguments) { return run("'" TARVIK_STATIONS "' " + arguments); }
+Outcome channels(const std::string &arguments) { return run("'" TARVIK_CHANNELS "' " + arguments); }
 
 // A volume in a file, as long as it lives.
 class VolumeFile {
@@ -53,7 +54,7 @@ class VolumeFile {
   VolumeFile(const VolumeFile &) = delete;
   VolumeFile &operator=(const VolumeFile &) = delete;
 
-  [[nodiscard]] const std::string &path() const { return path_; }
+  [[nodiscard]] std::string quoted() const { return "'" + path_ + "'"; }
 
  private:
   std::string path_ = testing::TempDir() + "volume-XXXXXX";
@@ -117,18 +118,18 @@ TEST(StationsExample, LeavesOutABlockThatCannotBeDecoded) {
   VolumeWriter writer(4096);
   writer.control('A', {unit(), unit()});
   const VolumeFile file(writer);
-  const Outcome outcome = stations(file.path() + " 2>&1 | tail -n 1");
+  const Outcome outcome = stations(file.quoted() + " 2>&1 | tail -n 1");
   EXPECT_EQ(outcome.text, "stations: block 1 is left out.\n");
-  EXPECT_EQ(stations(file.path() + kQuiet).status, 1);
+  EXPECT_EQ(stations(file.quoted() + kQuiet).status, 1);
 }
 
 TEST(StationsExample, StopsAtABlocketteOfLengthZero) {
   VolumeWriter writer(4096);
   writer.control('S', ControlBlockette(50).text_with_length(0));
   const VolumeFile file(writer);
-  const Outcome outcome = stations(file.path() + " 2>&1 | tail -n 1");
+  const Outcome outcome = stations(file.quoted() + " 2>&1 | tail -n 1");
   EXPECT_EQ(outcome.text, "stations: the volume cannot be read to its end.\n");
-  EXPECT_EQ(stations(file.path() + kQuiet).status, 1);
+  EXPECT_EQ(stations(file.quoted() + kQuiet).status, 1);
 }
 
 TEST(ChannelsExample, ListsTheSampleVolume) {
@@ -151,7 +152,7 @@ TEST(ChannelsExample, FindsFirstAndLastOfRecordsInAnyOrder) {
   writer.data(record("BHN", {2020, 1}), 512);
   writer.data(record("BHZ", {2020, 99}), 512);
   const VolumeFile file(writer);
-  const Outcome outcome = channels(file.path() + " 512");
+  const Outcome outcome = channels(file.quoted() + " 512");
   EXPECT_EQ(outcome.text,
             "YZ_ABC_10_BHN        1  2020,001,00:00:00.0000  2020,001,00:00:00.0000\n"
             "YZ_ABC_10_BHZ        3  2019,365,23:59:59.9999  2020,100,01:02:03.4567\n");
@@ -164,11 +165,11 @@ TEST(ChannelsExample, LeavesOutARecordWithoutAStartTime) {
   // The volume ends in the middle of this record's header.
   writer.raw_record("000002D ABC  10BHNYZ");
   const VolumeFile file(writer);
-  const Outcome outcome = channels(file.path() + " 512 2>&1 | grep '^YZ_\\|left out'");
+  const Outcome outcome = channels(file.quoted() + " 512 2>&1 | grep '^YZ_\\|left out'");
   EXPECT_EQ(outcome.text,
             "channels: block 1 is left out.\n"
             "YZ_ABC_10_BHZ        1  2020,001,00:00:00.0000  2020,001,00:00:00.0000\n");
-  EXPECT_EQ(channels(file.path() + " 512" + kQuiet).status, 1);
+  EXPECT_EQ(channels(file.quoted() + " 512" + kQuiet).status, 1);
 }
 
 TEST(ChannelsExample, SaysHowItIsUsed) {
