@@ -2,7 +2,7 @@
 # nothing of it reaches a program that uses the installed library.
 #
 #   tarvik_flags     warnings, sanitizers, coverage: every target
-#   tarvik_hardened  checks for the shipped code, in optimized builds
+#   tarvik_hardened  checks for the shipped code, in optimized builds, and what fuzzing measures
 #   tarvik_program   how a shipped program is linked
 
 set(optimized "$<CONFIG:Release,RelWithDebInfo,MinSizeRel>")
@@ -59,22 +59,22 @@ target_compile_options(
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
   target_compile_options(tarvik_hardened INTERFACE $<${optimized}:-fcf-protection>)
 endif()
-if(NOT TARVIK_SANITIZE)
+# A distribution's own choice, in the flags of the environment, holds.
+if(NOT TARVIK_SANITIZE AND NOT CMAKE_CXX_FLAGS MATCHES "_FORTIFY_SOURCE")
   target_compile_options(
     tarvik_hardened INTERFACE $<${optimized}:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>
   )
+endif()
+if(TARVIK_FUZZ AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  target_compile_options(tarvik_hardened INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
 # Bringing the C++ runtime along saves the dynamic linker's time at each start.
 add_library(tarvik_program INTERFACE)
 target_link_options(tarvik_program INTERFACE -Wl,-z,relro,-z,now -Wl,--gc-sections)
 if(NOT TARVIK_SANITIZE AND NOT TARVIK_COVERAGE)
-  if(TARVIK_STATIC STREQUAL "runtime")
-    target_link_options(
-      tarvik_program INTERFACE $<${optimized}:-static-libstdc++;-static-libgcc>
-    )
-  elseif(TARVIK_STATIC STREQUAL "full")
-    # As a library, so that it stands behind the -pie that CMake writes: the later one holds.
-    target_link_libraries(tarvik_program INTERFACE $<${optimized}:-static-pie>)
-  endif()
+  target_link_options(
+    tarvik_program
+    INTERFACE $<$<AND:${optimized},$<BOOL:${TARVIK_STATIC_RUNTIME}>>:-static-libstdc++;-static-libgcc>
+  )
 endif()

@@ -1,6 +1,7 @@
 # Debian packages, made by `cpack` in the build tree or by scripts/package.sh: the command, the shared
 # library where it is built, and what programs on the library are compiled with.  Debian's documents
 # are added by cmake/debian_staging.cmake.
+set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME tarvik)
 set(CPACK_PACKAGE_VENDOR "${TARVIK_MAKER}")

@@ -32,3 +32,17 @@ expect(${recorded} "0123456789ABCDEF0123456789abcdef01234567\n" "")
 expect(${none} "" "")
 expect(${none} "${recorded}0\n" "")
 expect(${none} "no identifier\n" "")
+
+# A git that refuses the checkout, as it does when another user owns it, is no reason to stop, but to
+# be told of.
+file(MAKE_DIRECTORY "${SCRATCH}/.git")
+file(WRITE "${SCRATCH}/git" "#!/bin/sh\necho 'fatal: detected dubious ownership' >&2\nexit 128\n")
+file(CHMOD "${SCRATCH}/git" PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
+execute_process(
+  COMMAND ${CMAKE_COMMAND} "-DSOURCE_DIR=${SCRATCH}" "-DOUTPUT=${SCRATCH}/build_id.h"
+          "-DGIT=${SCRATCH}/git" "-DDEFAULT=" -P "${SCRIPT}"
+  ERROR_VARIABLE said COMMAND_ERROR_IS_FATAL ANY
+)
+if(NOT said MATCHES "git does not tell the commit" OR NOT said MATCHES "dubious ownership")
+  message(SEND_ERROR "A refusing git gives no warning: ${said}")
+endif()

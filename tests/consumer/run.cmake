@@ -37,7 +37,7 @@ if(NOT "seed/sdblk.h" IN_LIST headers OR NOT "seed/getv.h" IN_LIST headers)
 endif()
 foreach(header IN LISTS headers)
   file(WRITE "${WORK_DIR}/alone.cpp" "#include \"${header}\"\n")
-  must("C++20: ${header}" "${CXX}" -std=c++20 -Wall -Wextra -Wpedantic -Werror -fsyntax-only
+  must("C++17: ${header}" "${CXX}" -std=c++17 -Wall -Wextra -Wpedantic -Werror -fsyntax-only
        "-I${include_dir}" "${WORK_DIR}/alone.cpp"
   )
   if(header STREQUAL "seed/getv.h")

@@ -4,7 +4,7 @@ if(TARVIK_SANITIZE OR TARVIK_COVERAGE)
 endif()
 
 # The same objects as in the installed shared library, linked in every build.
-add_library(sdblk_exports SHARED $<TARGET_OBJECTS:seed> $<TARGET_OBJECTS:support>)
+add_library(sdblk_exports SHARED $<TARGET_OBJECTS:tarvik_seed> $<TARGET_OBJECTS:tarvik_support>)
 set_target_properties(sdblk_exports PROPERTIES LINKER_LANGUAGE CXX)
 target_include_directories(sdblk_exports INTERFACE "${PROJECT_SOURCE_DIR}")
 foreach(library IN ITEMS sdblk_exports sdblk)
@@ -18,6 +18,13 @@ endforeach()
 add_executable(consumer_shared "${CMAKE_CURRENT_LIST_DIR}/consumer.c")
 target_link_libraries(consumer_shared PRIVATE sdblk_exports)
 add_test(NAME consumer.works_with_the_shared_library COMMAND consumer_shared)
+
+add_test(NAME consumer.takes_it_in_as_a_folder
+         COMMAND ${CMAKE_COMMAND} -S "${CMAKE_CURRENT_LIST_DIR}/embedded"
+                 -B "${CMAKE_CURRENT_BINARY_DIR}/embedding" -G "${CMAKE_GENERATOR}"
+                 "-DTARVIK=${PROJECT_SOURCE_DIR}" "-DCMAKE_C_COMPILER=${CMAKE_C_COMPILER}"
+                 "-DCMAKE_CXX_COMPILER=${CMAKE_CXX_COMPILER}"
+)
 
 if(TARVIK_INSTALL AND TARGET tarvik)
   find_program(PKG_CONFIG NAMES pkg-config pkgconf)
