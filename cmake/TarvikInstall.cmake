@@ -24,7 +24,7 @@ install(
 
 # The public headers: what sdblk.h includes, getv.h for C++, and what a program needs beside them.
 # They keep their folders, as the sources include them by full path.
-set(headers_seed seed/getv.h seed/sdblk.h)
+set(headers_seed seed/getv.h seed/sdblk.h seed/whole.h)
 set(headers_support
     support/announce.h
     support/api.h

@@ -1,4 +1,5 @@
-# Fails when a file includes another one of a layer above its own: cmd -> seed -> support.
+# Fails when a file includes another one of a layer above its own: cmd -> seed -> support,
+# and sdblk -> views -> seed.
 #
 #   ROOT  the project's root
 
@@ -7,15 +8,17 @@ cmake_minimum_required(VERSION 3.25)
 set(may_include_support support)
 set(may_include_seed seed support)
 set(may_include_cmd cmd seed support)
+set(may_include_views views seed support)
+set(may_include_sdblk sdblk views seed support)
 set(may_include_examples seed support)
-set(layers support seed cmd tests bench samples fuzz examples)
+set(layers support seed cmd views sdblk tests bench samples fuzz examples)
 
 # Headers made by the build, and the one folder whose files see no more of seed than its public part.
 set(generated build_id.h build_contact.h)
 set(blkdefs_may_include seed/sdblk.h seed/conversion.h)
 
 set(faults "")
-foreach(layer IN ITEMS support seed cmd examples)
+foreach(layer IN ITEMS support seed cmd views sdblk examples)
   file(GLOB_RECURSE files RELATIVE "${ROOT}" "${ROOT}/${layer}/*.cpp" "${ROOT}/${layer}/*.h"
        "${ROOT}/${layer}/*.c"
   )

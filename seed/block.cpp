@@ -166,6 +166,11 @@ SDBlk *sdblk_copy(const SDBlk *block) {
   *copy = *block;
   copy->storage = &owned->storage;
   copy->storage->shares_chain = true;
+  if (block->storage != nullptr) {
+    copy->storage->reported = block->storage->reported;
+    copy->storage->number = block->storage->number;
+    copy->storage->there = block->storage->there;
+  }
   if (block->blockette_raw != nullptr) {
     const std::int32_t length = block->blockette_length;
     copy->storage->raw =

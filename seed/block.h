@@ -20,6 +20,9 @@ struct SDBlkStorage {
   SDBlk *chain_following;    // a data blockette: the one made after it
   bool chained;              // a data blockette: belongs to its record's block
   bool shares_chain;         // a copy: next belongs to the original
+  bool reported;             // whole reading: decoded before, and its notes told
+  std::int64_t number;       // whole reading: of the block, or of the record of a data blockette
+  std::int64_t there;        // whole reading: bytes of it that the file has
 };
 
 namespace tarvik {

@@ -2,6 +2,7 @@
 #include "seed/block.h"
 #include "seed/sdblk.h"
 #include "seed/walk.h"
+#include "seed/whole/reader.h"
 
 using namespace tarvik;
 
@@ -20,6 +21,8 @@ int sdblk_unstuff_blk(SDBlkVol *vol, SDBlk *block) {
 }
 
 int sdblk_unstuffblk(SDBlk *block) {
+  if (block->vol != nullptr && block->vol->whole != nullptr)
+    return unstuff_whole(block->vol, block);
   const bool is_data = block->blockette_type == SDBLK_DATA_RECORD;
   const int result =
       is_data ? sdblk_unstuff_dblk(block->vol, block) : sdblk_unstuff_blk(block->vol, block);

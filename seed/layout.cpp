@@ -47,6 +47,17 @@ consteval Extent extent(const SDBlkFieldDef *fields, std::size_t position) {
   return sum;
 }
 
+// The only binary time among the fields, or -1.
+consteval std::int32_t time_field(const SDBlkFieldDef *fields, std::size_t count) {
+  std::int32_t found = -1;
+  for (std::size_t i = 0; i < count; ++i) {
+    if (static_cast<Conversion>(fields[i].conversion) != Conversion::btime) continue;
+    if (found >= 0) throw "a layout with two times";
+    found = static_cast<std::int32_t>(i);
+  }
+  return found;
+}
+
 // ---- texts ----
 
 // Seven bytes at most.
@@ -104,6 +115,7 @@ void unpack_field(const char *record, const LayoutPlace &place) {
   entry->ref = nullptr;
   entry->count = 1;
   entry->pooled = 1;
+  entry->definition = 0;
   if constexpr (kConversion == Conversion::text) {
     constexpr std::int32_t kRest = extent(kFields, std::size(kFields)).bytes - kBefore.bytes;
     entry->value.s = place.texts + kBefore.text_room;
@@ -129,10 +141,13 @@ template <const auto &kFields>
 consteval Layout make_layout() {
   static_assert(std::size(kFields) < kArrIndexFrom);
   constexpr Extent kAll = extent(kFields, std::size(kFields));
+  constexpr std::int32_t kTime = time_field(kFields, std::size(kFields));
   return {kFields,
           static_cast<std::int32_t>(std::size(kFields)),
           kAll.bytes,
           kAll.text_room,
+          kTime,
+          kTime < 0 ? 0 : extent(kFields, static_cast<std::size_t>(kTime)).bytes,
           unpack<kFields, true>,
           unpack<kFields, false>};
 }
@@ -171,6 +186,16 @@ const Layout *find_layout(const SDBlkDef &def) {
   return nullptr;
 }
 
+bool unpack_layout(const Layout &layout, Arr *array, const char *bytes, bool big_endian) {
+  LayoutPlace place = {};
+  if (!take_place(layout, array->pool, &place)) return false;
+  (big_endian ? layout.unpack_big : layout.unpack_little)(bytes, place);
+  array->pairs = place.pairs;
+  array->count = static_cast<std::uint32_t>(layout.nfields);
+  array->capacity = array->count;
+  return true;
+}
+
 int unpack_fields(Arr **contents, Feed feed, const WalkContext &context, const SDBlkDef &def) {
   Arr *array = *contents;
   const Layout *layout = find_layout(def);
@@ -178,13 +203,9 @@ int unpack_fields(Arr **contents, Feed feed, const WalkContext &context, const S
       array->count != 0 || array->pool == nullptr) {
     return walk_fields(contents, &feed, context, 1, def.nfields, def.fields, nullptr);
   }
-  LayoutPlace place = {};
-  if (!take_place(*layout, array->pool, &place)) return report_entry(def.fields[0]);
-  (context.big_endian ? layout->unpack_big : layout->unpack_little)(feed.cursor, place);
-  array->pairs = place.pairs;
-  array->count = static_cast<std::uint32_t>(layout->nfields);
-  array->capacity = array->count;
-  return 0;
+  return unpack_layout(*layout, array, feed.cursor, context.big_endian)
+             ? 0
+             : report_entry(def.fields[0]);
 }
 
 }  // namespace tarvik

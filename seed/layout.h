@@ -24,14 +24,21 @@ struct LayoutPlace {
 struct Layout {
   const SDBlkFieldDef *fields;
   std::int32_t nfields;
-  std::int32_t bytes;      // that the fields take in the record
-  std::int32_t text_room;  // bytes that their texts take in memory
+  std::int32_t bytes;       // that the fields take in the record
+  std::int32_t text_room;   // bytes that their texts take in memory
+  std::int32_t time_field;  // position of the binary time among the fields, or -1
+  std::int32_t time_place;  // offset of its bytes in the record
   void (*unpack_big)(const char *record, const LayoutPlace &place);
   void (*unpack_little)(const char *record, const LayoutPlace &place);
 };
 
 // The layout of a definition, or nullptr.
 const Layout *find_layout(const SDBlkDef &def);
+
+// Decodes the fields of a layout, of which all bytes are there, into an array that is empty and has
+// a pool.  False when memory runs out.
+[[nodiscard]] bool unpack_layout(const Layout &layout, Arr *array, const char *bytes,
+                                 bool big_endian);
 
 // Decodes the fields of a definition from the bytes in front: by their places where they have
 // some and all bytes are there, else one after the other.  0, or -1 with messages registered.

@@ -1,14 +1,14 @@
 // Logical records and the blocks in them: sdblk_parseblk.
-#include <sys/mman.h>
-
 #include <algorithm>
 #include <array>
 #include <cstring>
 #include <string_view>
 
 #include "seed/block.h"
+#include "seed/paging.h"
 #include "seed/scan.h"
 #include "seed/sdblk.h"
+#include "seed/whole/reader.h"
 #include "support/digits.h"
 #include "support/line.h"
 
@@ -23,9 +23,6 @@ constexpr std::int32_t kShortestRecord = 64;
 constexpr std::int32_t kLongestRecord = 131072;
 constexpr std::int32_t kDataStep = 64;  // a data record's header is looked for in such steps
 constexpr std::int64_t kPrefetchAhead = 2048;
-// A mapping's pages this far behind the reading position are given back, in pieces of this size.
-constexpr std::int64_t kKeepBehind = std::int64_t{1} << 20;
-constexpr std::int64_t kGiveBack = std::int64_t{8} << 20;
 
 bool is_data_letter(char letter) {
   return letter == 'D' || letter == 'R' || letter == 'Q' || letter == 'M';
@@ -55,14 +52,6 @@ void skip_record(SDBlkVol *vol) {
 
 std::int32_t remaining_in_record(const SDBlkVol *vol) {
   return vol->logical_length - vol->record_pos;
-}
-
-// Keeps a reader of a long volume small.  The pages come back when they are touched.
-void give_back_pages(SDBlkVol *vol) {
-  if (vol->fd < 0 || vol->record_offset - vol->given_back < kKeepBehind + kGiveBack) return;
-  // madvise takes what mmap gave, which was not constant.
-  madvise(const_cast<char *>(vol->image) + vol->given_back, kGiveBack, MADV_DONTNEED);  // NOLINT
-  vol->given_back += kGiveBack;
 }
 
 // ---- record headers ----
@@ -309,6 +298,7 @@ bool only_padding_left(const SDBlkVol *vol) {
 }  // namespace
 
 int sdblk_parseblk(SDBlkVol *vol, SDBlk **blkp) {
+  if (vol->whole != nullptr) return parse_whole(vol, blkp);
   SDBlk *assembling = nullptr;  // a blockette that runs on into the next record
   std::int32_t copied = 0;
   while (vol->offset + kHeaderSize <= vol->image_size) {

@@ -125,6 +125,7 @@ typedef struct SDBlkEntry SDBlkEntry;
 typedef struct SDBlk SDBlk;
 typedef struct SDBlkVol SDBlkVol;
 typedef struct SDBlkStorage SDBlkStorage; /* the library's own bookkeeping of a block */
+typedef struct SDBlkWhole SDBlkWhole;     /* the same of a volume that is read whole */
 
 /* ---- The catalogue: what the library knows of the SEED format ------------------------------- */
 
@@ -202,7 +203,9 @@ struct SDBlkEntry {
     Arr **ea; /* an element is NULL where the data ended before that repetition */
     SDBlkAbbrRef *ra;
   } value;
-  uint32_t pooled; /* 1: lies in its array's storage */
+  uint32_t pooled;    /* 1: lies in its array's storage */
+  int32_t definition; /* whole reading: -1 where the field is there but has no value, else what the
+                         code in it is defined by, for sdblk_definitions, or 0 for nothing */
 };
 
 /* Reads decoded fields by name.  contents is a block's contents, one element of a group's value.ea,
@@ -299,6 +302,7 @@ struct SDBlkVol {
   /* The library's own: */
   int32_t fd;         /* descriptor of the mapped file, or -1 */
   int64_t given_back; /* bytes at the start of the mapping whose pages were given back */
+  SDBlkWhole *whole;  /* whole reading (seed/whole.h), or NULL */
 };
 
 /* Opens a volume: the file called filename, mapped read-only, or, when filename is NULL, the nbytes

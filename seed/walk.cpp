@@ -422,6 +422,7 @@ void set_entry(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   entry->count = 1;
   entry->value = {};
   entry->pooled = 1;
+  entry->definition = 0;
 }
 
 bool Walker::read_numbers(std::int32_t nfields, Numbers *numbers) const {

@@ -603,7 +603,7 @@ TEST(CutRecord, WithoutDataOffsetFailsWhereAProgramSetTheBlocketteOffset) {
   SDBlkFieldDef def = {};
   def.kind = SDBLK_INT;
   auto *entry = static_cast<SDBlkEntry *>(std::calloc(1, sizeof(SDBlkEntry)));
-  *entry = {&def, nullptr, 1, {}, 0};
+  *entry = {&def, nullptr, 1, {}, 0, 0};
   BlockReader reader(bytes_of(data_record()).substr(0, 44));
   SDBlk *block = reader.next();
   setarr(block->contents, "blk_offset", entry);

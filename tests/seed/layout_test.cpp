@@ -164,7 +164,7 @@ TEST(Unpack, EntriesThatAProgramSetStay) {
   SDBlkFieldDef mine = {};
   mine.key = "mine";
   mine.kind = SDBLK_INT;
-  SDBlkEntry entry = {&mine, nullptr, 1, {}, 1};
+  SDBlkEntry entry = {&mine, nullptr, 1, {}, 1, 0};
   SDBlkVol vol = {};
   Contents contents(newarr());
   setarr(contents.get(), "mine", &entry);

@@ -62,7 +62,7 @@ class Entries {
   explicit Entries(std::vector<SDBlkFieldDef> fields)
       : fields_(std::move(fields)), entries_(fields_.size()) {
     for (std::size_t i = 0; i < fields_.size(); ++i) {
-      entries_[i] = {&fields_[i], nullptr, 1, {}, 0};
+      entries_[i] = {&fields_[i], nullptr, 1, {}, 0, 0};
       setarr(array_, fields_[i].key, &entries_[i]);
     }
   }

@@ -1,0 +1,63 @@
+// The byte order of a data record, and the chain of its data blockettes.
+#ifndef SEED_WHOLE_CHAIN_H_
+#define SEED_WHOLE_CHAIN_H_
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace tarvik {
+
+// The bytes of a record, at least kDataHeaderBytes.
+struct RecordBytes {
+  const char *bytes;
+  std::int64_t size;
+};
+
+struct ByteOrder {
+  bool big_endian;
+  bool deduced;  // false: nothing in the record decides
+};
+
+// Deduced from the parts of the start time: the first that makes sense one way only.
+ByteOrder byte_order_of(const RecordBytes &record);
+
+inline constexpr std::int64_t kLinkBytes = 4;  // type of a data blockette, offset of the next one
+
+struct Link {
+  std::int32_t type;
+  std::int32_t offset;  // of the blockette, from the record's start
+};
+
+// Follows a chain, one blockette after the other, and remembers where it has been.  One object
+// serves many records, for it is cleared at the cost of what was visited.
+class Chain {
+ public:
+  // Starts at the offset that the record's fixed section names.
+  void start(const RecordBytes &record, bool big_endian);
+
+  // The next blockette; false at the chain's end.
+  bool next(Link *link);
+
+  // After the end: whether the chain ended with an offset of 0, not with one that was refused.
+  [[nodiscard]] bool ended_well() const { return following_ == 0; }
+  // The offset that was refused.
+  [[nodiscard]] std::int32_t refused() const { return following_; }
+
+  static constexpr std::size_t kMost = 1024;  // blockettes that are taken
+
+ private:
+  [[nodiscard]] bool accepts(std::int32_t offset) const;
+  void visit(std::int32_t offset);
+
+  RecordBytes record_ = {};
+  bool big_endian_ = true;
+  std::int32_t following_ = 0;
+  std::size_t count_ = 0;
+  std::array<std::uint16_t, kMost> taken_ = {};
+  std::array<std::uint64_t, 65536 / 64> visited_ = {};  // one bit an offset
+};
+
+}  // namespace tarvik
+
+#endif  // SEED_WHOLE_CHAIN_H_

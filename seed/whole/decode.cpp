@@ -1,0 +1,152 @@
+// Decoding of blocks that are read whole: control blockettes, and data records with their chains.
+#include <algorithm>
+#include <array>
+
+#include "seed/block.h"
+#include "seed/whole/chain.h"
+#include "seed/whole/fields.h"
+#include "seed/whole/findings.h"
+#include "seed/whole/reader.h"
+#include "seed/whole/state.h"
+
+namespace tarvik {
+namespace {
+
+constexpr std::int64_t kPrefixBytes = 7;
+
+bool decode_blockette(const FieldsOf &of) {
+  SDBlk *block = of.block;
+  const std::int64_t there = block->storage->there;
+  if (of.notes && there < block->blockette_length) {
+    report_note(of.whole, SDBLK_NOTE_CUT, of.offset, of.number, nullptr,
+                "the blockette has %lld bytes of the %d that it states",
+                static_cast<long long>(there), block->blockette_length);
+  }
+  if (block->blkdef == nullptr) return true;
+  const std::int64_t prefix = std::min(there, kPrefixBytes);
+  return decode_fields(of, block->blockette_raw + prefix, there - prefix);
+}
+
+// ---- chains ----
+
+// The blockettes of one record's chain, and where each of them ends.
+struct Links {
+  std::array<Link, Chain::kMost> link;
+  std::array<std::int32_t, Chain::kMost> end;
+  std::size_t count = 0;
+};
+
+// Each ends where the next higher one begins, the last at the record's end.
+void find_ends(std::int32_t record_length, Links *links) {
+  std::array<std::uint16_t, Chain::kMost> by_offset;
+  const std::size_t count = links->count;
+  bool ascending = true;
+  for (std::size_t i = 0; i + 1 < count; ++i) {
+    links->end[i] = links->link[i + 1].offset;
+    ascending = ascending && links->end[i] > links->link[i].offset;
+  }
+  if (count > 0) links->end[count - 1] = record_length;
+  if (ascending) return;
+  for (std::size_t i = 0; i < count; ++i) by_offset[i] = static_cast<std::uint16_t>(i);
+  std::sort(by_offset.begin(), by_offset.begin() + static_cast<std::ptrdiff_t>(count),
+            [&](std::uint16_t a, std::uint16_t b) {
+              return links->link[a].offset < links->link[b].offset;
+            });
+  for (std::size_t i = 0; i < count; ++i) {
+    links->end[by_offset[i]] = i + 1 < count ? links->link[by_offset[i + 1]].offset : record_length;
+  }
+}
+
+const SDBlkDef *chained_definition(std::int32_t type) {
+  return type < SEED_BLKDEFS_INDEX_SIZE ? seed_blkdefs_index[type] : nullptr;
+}
+
+// The next data blockette of a record, without its fields; nullptr when memory runs out.
+SDBlk *add_chained(SDBlk *record, SDBlk *tail, const Link &link, std::int32_t end) {
+  SDBlk *blk = block_take_chained(record);
+  if (blk == nullptr) {
+    elog_log(1, "sdblk_unstuffblk: no memory for a block of %ld bytes\n", block_size());
+    return nullptr;
+  }
+  blk->blockette_type = link.type;
+  blk->logical_sequence = record->logical_sequence;
+  blk->logical_length = record->logical_length;
+  blk->record_offset = record->record_offset;
+  blk->record_type = record->record_type;
+  blk->block_number = record->block_number;
+  blk->storage->number = record->storage->number;
+  blk->file_offset = record->file_offset + link.offset;
+  blk->data_ptr = record->data_ptr + link.offset;
+  blk->blockette_length = end - link.offset;
+  blk->storage->there = end - link.offset;
+  blk->big_endian = record->big_endian;
+  blk->vol = record->vol;
+  blk->blkdef = chained_definition(link.type);
+  tail->next = blk;
+  return blk;
+}
+
+bool decode_chain(const FieldsOf &of, const RecordBytes &bytes) {
+  SDBlk *record = of.block;
+  Chain &chain = of.whole->chain;
+  Links links;
+  chain.start(bytes, record->big_endian != 0);
+  while (chain.next(&links.link[links.count])) {
+    if (++links.count == Chain::kMost) break;
+  }
+  find_ends(record->blockette_length, &links);
+  FieldsOf chained = of;
+  SDBlk *tail = record;
+  for (std::size_t i = 0; i < links.count; ++i) {
+    tail = add_chained(record, tail, links.link[i], links.end[i]);
+    if (tail == nullptr) return false;
+    if (tail->blkdef == nullptr) continue;
+    chained.block = tail;
+    chained.chained = static_cast<std::int32_t>(i);
+    const std::int64_t size = tail->blockette_length - kLinkBytes;
+    if (size > 0 && !decode_data_fields(chained, tail->data_ptr + kLinkBytes, size)) return false;
+  }
+  if (of.notes && !chain.ended_well()) {
+    report_note(of.whole, SDBLK_NOTE_CHAIN, of.offset, of.number, nullptr,
+                "the chain of data blockettes leads to %d, where none is taken", chain.refused());
+  }
+  return true;
+}
+
+// The offset of the first sample, as the header has it.
+std::int32_t data_offset_of(const SDBlk &record) {
+  std::int32_t offset = 0;
+  sdblk_getv(record.contents, "data_offset", &offset, nullptr);
+  return offset;
+}
+
+bool decode_record(const FieldsOf &of) {
+  SDBlk *record = of.block;
+  const RecordBytes bytes = {record->data_ptr, record->blockette_length};
+  const ByteOrder order = byte_order_of(bytes);
+  if (of.notes && !order.deduced) {
+    report_note(of.whole, SDBLK_NOTE_ORDER, of.offset, of.number, nullptr,
+                "the byte order cannot be deduced; the high byte is taken to be first");
+  }
+  record->big_endian = order.big_endian ? 1 : 0;
+  if (!decode_data_fields(of, bytes.bytes + kHeaderBytes, bytes.size - kHeaderBytes)) return false;
+  record->data_offset = data_offset_of(*record);
+  return decode_chain(of, bytes);
+}
+
+}  // namespace
+
+int unstuff_whole(SDBlkVol *vol, SDBlk *block) {
+  block_drop_chain(block);
+  block_forget_fields(block);
+  const FieldsOf of = {
+      vol->whole, block, block->file_offset, block->storage->number, -1, !block->storage->reported};
+  block->storage->reported = true;
+  const bool is_data = block->blockette_type == SDBLK_DATA_RECORD && block->data_ptr != nullptr;
+  if (is_data ? decode_record(of) : decode_blockette(of)) return 0;
+  elog_log(0, "sdblk_unstuffblk: no memory for the fields of B%4.4d at %c:%6.6d\n",
+           block->blockette_type, block->record_type, block->logical_sequence);
+  return -1;
+}
+
+}  // namespace tarvik
