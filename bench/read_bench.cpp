@@ -13,6 +13,7 @@
 #include "seed/sdblk.h"
 #include "support/epoch.h"
 #include "support/line.h"
+#include "support/time_text.h"
 #include "tests/util/volume_writer.h"
 
 using namespace tarvik;

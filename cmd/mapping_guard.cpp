@@ -2,10 +2,14 @@
 
 #include <unistd.h>
 
+#include <array>
+#include <climits>
 #include <csignal>
+#include <cstddef>
 #include <cstdint>
-#include <string>
+#include <string_view>
 
+#include "support/line.h"
 #include "support/stream.h"
 
 namespace tarvik {
@@ -14,7 +18,8 @@ namespace {
 
 const char *image = nullptr;
 std::int64_t image_size = 0;
-std::string message;
+std::array<char, PATH_MAX + 64> message;
+std::size_t message_size = 0;
 
 bool lies_in_image(const void *address) {
   const auto *byte = static_cast<const char *>(address);
@@ -27,7 +32,7 @@ void end_program(int signal, siginfo_t *info, void * /*context*/) {
     std::signal(signal, SIG_DFL);
     return;
   }
-  streams_emergency_write(message.data(), message.size());
+  streams_emergency_write(message.data(), message_size);
   _exit(1);
 }
 
@@ -36,7 +41,11 @@ void end_program(int signal, siginfo_t *info, void * /*context*/) {
 void guard_mapping(const SDBlkVol &vol) {
   image = vol.image;
   image_size = vol.image_size;
-  message = std::string("tarvik: ") + vol.filename + " changed while it was read.\n";
+  char *end = put_text(message.data(), "tarvik: ");
+  // It was opened: it is no longer than a path may be.
+  end = put_text(end, std::string_view(vol.filename).substr(0, PATH_MAX));
+  end = put_text(end, " changed while it was read.\n");
+  message_size = static_cast<std::size_t>(end - message.data());
   struct sigaction action = {};
   action.sa_sigaction = end_program;
   action.sa_flags = SA_SIGINFO;

@@ -9,6 +9,7 @@
 #include "seed/time_text.h"
 #include "support/arr_impl.h"
 #include "support/bounded.h"
+#include "support/elog_impl.h"
 #include "support/line.h"
 
 using namespace tarvik;

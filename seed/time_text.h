@@ -4,6 +4,7 @@
 
 #include "seed/sdblk.h"
 #include "support/line.h"
+#include "support/time_text.h"
 
 namespace tarvik {
 

@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 
 #include <array>
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -14,11 +13,10 @@
 #include "build_contact.h"
 #include "build_id.h"
 #include "support/bounded.h"
-#include "support/elog.h"
+#include "support/elog_impl.h"
 #include "support/exec.h"
 #include "support/line.h"
 #include "support/memory.h"
-#include "support/stream.h"
 #include "support/text.h"
 
 using namespace tarvik;
@@ -56,17 +54,6 @@ void log_modification_time(const char *name) {
   elog_notify(0, "    %s <#>\n", time.data());
 }
 
-// Standard error in its order with the log.
-SDBLK_PRINTF(1, 2)
-void print_error(const char *format, ...) {
-  std::va_list arguments;
-  va_start(arguments, format);
-  FormattedText text;
-  text.format(format, arguments, 0);
-  va_end(arguments);
-  stream_write(log_stream, text.view().data(), text.view().size());
-}
-
 // The time text of the program that a shell would find under the name.
 bool found_time(const char *name, TimeText *time) {
   if (name == nullptr) return false;
@@ -77,6 +64,23 @@ bool found_time(const char *name, TimeText *time) {
 }
 
 bool is_entry(std::string_view name) { return name != "." && name != ".."; }
+
+constexpr std::string_view kPatchFolder = "/patched";
+
+bool fits_path(const char *root) { return std::strlen(root) + kPatchFolder.size() < kPathBuffer; }
+
+// What the banner says of the patches: "" or ", 3 patches".  Where their folder's path is too long
+// the program ends, within the banner's line.
+std::array<char, 32> patch_text() {
+  const char *root = std::getenv("ORVALEN");
+  if (root != nullptr && !fits_path(root)) {
+    elog_commit(put_char(put_text(put_text(elog_reserve(128), "    "), kRelease), ' '));
+  }
+  const int patches = patch_count();
+  std::array<char, 32> text = {};
+  if (patches >= 0) std::snprintf(text.data(), text.size(), ", %d patches", patches);
+  return text;
+}
 
 }  // namespace
 
@@ -106,26 +110,22 @@ const char *announce_str(const char *name, const char *extra) {
 
 void banner(const char *name, const char *extra) {
   if (name == nullptr || name[0] == '\0') name = default_name();
-  print_error("\n%s %.*s <#>\n", or_empty(name), static_cast<int>(kExtraBuffer - 1),
+  elog_notify(0, "\n%s %.*s <#>\n", or_empty(name), static_cast<int>(kExtraBuffer - 1),
               or_empty(extra));
   log_modification_time(name);
-  print_error("    %s ", kRelease);
-  const int patches = patch_count();
-  if (patches >= 0) print_error(", %d patches", patches);
-  print_error(" <#>\n");
-  print_error("    %s  <#>\n", kBuildId);
-  print_error("\n    %s\n\n    %s\n    %s\n\n", kMaker, kAddress1, kAddress2);
-  print_error("    Please report problems to %s\n\n", kSupportAddress);
+  elog_notify(0,
+              "    %s %s <#>\n    %s  <#>\n"
+              "\n    %s\n\n    %s\n    %s\n\n    Please report problems to %s\n\n",
+              kRelease, patch_text().data(), kBuildId, kMaker, kAddress1, kAddress2,
+              kSupportAddress);
 }
 
 int patch_count(void) {
-  constexpr std::string_view kSubfolder = "/patched";
   const char *root = std::getenv("ORVALEN");
   if (root == nullptr) return -1;
-  const std::size_t size = std::strlen(root);
-  require_fit("patch_count", size + kSubfolder.size(), kPathBuffer);
+  require_fit("patch_count", std::strlen(root) + kPatchFolder.size(), kPathBuffer);
   std::array<char, kPathBuffer> path;
-  *put_text(put_text(path.data(), {root, size}), kSubfolder) = '\0';
+  *put_text(put_text(path.data(), root), kPatchFolder) = '\0';
   DIR *folder = opendir(path.data());
   if (folder == nullptr) return -1;
   int count = 0;

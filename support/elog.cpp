@@ -1,5 +1,7 @@
 #include "support/elog.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -7,9 +9,12 @@
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
+#include "support/elog_impl.h"
+#include "support/formatted_text.h"
+#include "support/line.h"
 #include "support/memory.h"
-#include "support/stream.h"
 
 using namespace tarvik;
 
@@ -25,72 +30,112 @@ Program program;
 // The newest texts, as a ring.
 struct Register {
   std::array<FormattedText, ELOG_REGISTER_SIZE> texts;
-  int oldest = 0;
-  int count = 0;
-  int dropped = 0;  // older texts that the newest ones have pushed out
+  int oldest;
+  int count;
+  int dropped;  // older texts that the newest ones have pushed out
 };
-Register registered;
+FirstCome<Register> registers;
+TARVIK_THREAD_LOCAL Register *registered = nullptr;
 
-void (*die_hook)(void *context) = nullptr;
-void *die_context = nullptr;
+struct DieHook {
+  void (*call)(void *context);
+  void *context;
+};
+TARVIK_THREAD_LOCAL DieHook die_hook = {};
 
-// One text as the log writes it: with its line end, and with the system's text for error unless
-// that is 0.
-SDBLK_PRINTF(3, 0)
-void format_text(FormattedText &text, int error, const char *format, std::va_list arguments) {
-  constexpr std::string_view kIndent = "    ";
-  const std::string_view reason = error == 0 ? "" : std::strerror(error);
-  text.format(format, arguments, reason.size() + kIndent.size() + 2);
-  if (!text.view().ends_with('\n')) text.append("\n");
-  if (error == 0) return;
-  text.append(kIndent);
-  text.append(reason);
-  text.append("\n");
+TARVIK_THREAD_LOCAL ElogDiversion *diversion = nullptr;
+
+constexpr std::string_view kReasonIndent = "    ";
+
+// The system's text for an errno; none for 0.
+std::string_view reason_of(int error) { return error == 0 ? "" : std::strerror(error); }
+
+// Bytes that a text may take after what was formatted: its line end, and the reason with its own.
+std::size_t spare_for(std::string_view reason) { return reason.size() + kReasonIndent.size() + 2; }
+
+SDBLK_PRINTF(2, 0)
+void notify(int error, const char *format, std::va_list arguments) {
+  const std::string_view reason = reason_of(error);
+  char *end = stream_format(log_stream, spare_for(reason), format, arguments);
+  if (end == log_stream.free || end[-1] != '\n') end = put_char(end, '\n');
+  if (error != 0) end = put_char(put_text(put_text(end, kReasonIndent), reason), '\n');
+  elog_commit(end);
 }
 
-void write_text(const FormattedText &text) {
-  stream_write(log_stream, text.view().data(), text.view().size());
-}
-
-FormattedText &next_place() {
-  const int place = (registered.oldest + registered.count) % ELOG_REGISTER_SIZE;
-  if (registered.count < ELOG_REGISTER_SIZE) {
-    ++registered.count;
-  } else {
-    registered.oldest = (registered.oldest + 1) % ELOG_REGISTER_SIZE;
-    ++registered.dropped;
-  }
-  return registered.texts[static_cast<std::size_t>(place)];
-}
+void notify_whole(std::string_view text) { elog_commit(put_text(elog_reserve(text.size()), text)); }
 
 void empty_register() {
-  for (FormattedText &text : registered.texts) text.clear();
-  registered.oldest = 0;
-  registered.count = 0;
-  registered.dropped = 0;
+  if (registered == nullptr) return;
+  for (FormattedText &text : registered->texts) text.clear();
+  registered->oldest = 0;
+  registered->count = 0;
+  registered->dropped = 0;
+}
+
+void release_register() {
+  empty_register();
+  registers.give_back(registered);
+  registered = nullptr;
+}
+
+TARVIK_THREAD_LOCAL ThreadEnd register_end = {release_register, nullptr};
+
+bool have_register() {
+  if (registered != nullptr) return true;
+  registered = registers.take();
+  if (registered == nullptr) return false;
+  at_thread_end(&register_end);
+  return true;
+}
+
+FormattedText &next_text() {
+  const int position = (registered->oldest + registered->count) % ELOG_REGISTER_SIZE;
+  if (registered->count < ELOG_REGISTER_SIZE) {
+    ++registered->count;
+  } else {
+    registered->oldest = (registered->oldest + 1) % ELOG_REGISTER_SIZE;
+    ++registered->dropped;
+  }
+  return registered->texts[static_cast<std::size_t>(position)];
 }
 
 void write_register() {
-  if (registered.dropped > 0) {
-    elog_notify(0, "(%d earlier messages dropped)\n", registered.dropped);
+  if (registered == nullptr) return;
+  if (registered->dropped > 0) {
+    elog_notify(0, "(%d earlier messages dropped)\n", registered->dropped);
   }
-  for (int i = 0; i < registered.count; ++i) {
-    const int place = (registered.oldest + i) % ELOG_REGISTER_SIZE;
-    write_text(registered.texts[static_cast<std::size_t>(place)]);
+  for (int i = 0; i < registered->count; ++i) {
+    const int position = (registered->oldest + i) % ELOG_REGISTER_SIZE;
+    notify_whole(registered->texts[static_cast<std::size_t>(position)].view());
   }
   empty_register();
 }
 
 SDBLK_PRINTF(2, 0)
 void complain(int error, const char *format, std::va_list arguments) {
-  FormattedText text;
-  format_text(text, error, format, arguments);
   write_register();
-  write_text(text);
+  notify(error, format, arguments);
   elog_flush();
 }
 
 int error_for(int flag) { return flag == 1 ? errno : 0; }
+
+[[noreturn]] void end_program() {
+  if (die_hook.call != nullptr) die_hook.call(die_hook.context);
+  std::exit(EXIT_FAILURE);
+}
+
+// A log without a buffer cannot take even a message.
+void no_room(std::size_t bytes) {
+  if (log_stream.capacity > 0) elog_die(0, "elog_reserve: malloc(%zu) error.\n", bytes);
+  constexpr std::string_view kMessage = "elog_reserve: no memory for the log.\n";
+  static_cast<void>(!write(STDERR_FILENO, kMessage.data(), kMessage.size()));
+  end_program();
+}
+
+FirstCome<StreamBuffer> log_buffers;
+
+void release_log() { stream_release(log_stream); }
 
 bool is_plain(char c) {
   constexpr std::string_view kSigns = "_@%+=:,./-";
@@ -128,6 +173,34 @@ void put_command_line(TextWriter &line) {
 
 }  // namespace
 
+namespace tarvik {
+
+TARVIK_THREAD_LOCAL Stream log_stream =
+    make_stream(STDERR_FILENO, &log_buffers, release_log, no_room);
+
+bool elog_prepare() noexcept {
+  return have_register() &&
+         (log_stream.capacity > 0 || stream_make_room(log_stream, kStreamBytes) != nullptr);
+}
+
+ElogDiversion::ElogDiversion(StreamSink sink, void *context) noexcept
+    : sink_before_(log_stream.sink),
+      context_before_(log_stream.sink_context),
+      outer_(std::exchange(diversion, this)) {
+  stream_set_sink(log_stream, sink, context);
+}
+
+ElogDiversion::~ElogDiversion() {
+  if (diversion == this) end();
+}
+
+void ElogDiversion::end() noexcept {
+  stream_set_sink(log_stream, sink_before_, context_before_);
+  diversion = outer_;
+}
+
+}  // namespace tarvik
+
 void elog_init(int argc, char **argv) {
   program = {argc, argv, nullptr};
   if (argc < 1 || argv == nullptr || argv[0] == nullptr) {
@@ -144,18 +217,23 @@ void elog_notify(int flag, const char *format, ...) {
   const int error = error_for(flag);
   std::va_list arguments;
   va_start(arguments, format);
-  FormattedText text;
-  format_text(text, error, format, arguments);
+  notify(error, format, arguments);
   va_end(arguments);
-  write_text(text);
 }
 
 void elog_log(int flag, const char *format, ...) {
-  const int error = error_for(flag);
+  const std::string_view reason = reason_of(error_for(flag));
+  if (!have_register()) return;
+  FormattedText &text = next_text();
   std::va_list arguments;
   va_start(arguments, format);
-  format_text(next_place(), error, format, arguments);
+  text.format(format, arguments, spare_for(reason));
   va_end(arguments);
+  if (!text.view().ends_with('\n')) text.append("\n");
+  if (reason.empty()) return;
+  text.append(kReasonIndent);
+  text.append(reason);
+  text.append("\n");
 }
 
 void elog_complain(int flag, const char *format, ...) {
@@ -168,13 +246,12 @@ void elog_complain(int flag, const char *format, ...) {
 
 void elog_die(int flag, const char *format, ...) {
   const int error = error_for(flag);
+  while (diversion != nullptr) diversion->end();
   std::va_list arguments;
   va_start(arguments, format);
   complain(error, format, arguments);
   va_end(arguments);
-  stream_flush(output_stream);
-  if (die_hook != nullptr) die_hook(die_context);
-  std::exit(EXIT_FAILURE);
+  end_program();
 }
 
 void elog_clear_register(int flag) {
@@ -186,9 +263,12 @@ void elog_clear_register(int flag) {
 }
 
 void elog_commandline(void) {
-  char *line = elog_commandline_str();
-  if (line != nullptr) elog_notify(0, "%s", line);
-  memory_free(line);
+  TextWriter line{nullptr};
+  put_command_line(line);
+  line = {elog_reserve(line.size + 1)};
+  put_command_line(line);
+  line.put("\n");
+  elog_commit(line.memory + line.size);
 }
 
 char *elog_commandline_str(void) {
@@ -205,10 +285,7 @@ void elog_flush(void) { stream_flush(log_stream); }
 
 int elog_write_error(void) { return log_stream.error; }
 
-void elog_set_die(void (*die)(void *context), void *context) {
-  die_hook = die;
-  die_context = context;
-}
+void elog_set_die(void (*die)(void *context), void *context) { die_hook = {die, context}; }
 
 void elog_set_sink(void (*sink)(void *context, const char *bytes, size_t size), void *context) {
   stream_set_sink(log_stream, sink, context);

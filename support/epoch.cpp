@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <cstddef>
 #include <cstring>
@@ -14,12 +15,13 @@
 #include "support/civil.h"
 #include "support/line.h"
 #include "support/memory.h"
+#include "support/time_text.h"
 
-namespace tarvik {
+using namespace tarvik;
 
 namespace {
 
-double fixed_now = std::numeric_limits<double>::quiet_NaN();
+std::atomic<double> fixed_now = std::numeric_limits<double>::quiet_NaN();
 
 // A text that grows; when memory runs out it is lost and stays so.
 class GrowingText {
@@ -77,7 +79,7 @@ void set_month(tm &parts, bool leap_year) {
   parts.tm_mday = rest + 1;
 }
 
-Moment take_apart(double epoch) {
+Moment moment_of(double epoch) {
   Moment moment = {};
   moment.seconds = static_cast<std::int64_t>(std::floor(epoch));
   const std::int64_t day = floor_div(moment.seconds, kDaySeconds);
@@ -148,49 +150,7 @@ void append_format(GrowingText &text, const Moment &moment, std::string_view for
   text.append(format);
 }
 
-// The whole text for an epoch that has no date, else empty.
-std::string_view undated(double epoch) {
-  if (std::isnan(epoch)) return "NaN";
-  if (epoch > kEpochLimit) return "Inf";
-  return epoch < -kEpochLimit ? "-Inf" : "";
-}
-
-struct DayText {
-  std::int64_t day;
-  std::size_t length;         // 0 as long as there is none
-  std::array<char, 24> text;  // "YYYY:DDD:"
-};
-
-// "YYYY:DDD:" of a day; the last one is kept, for times come in order.
-const DayText &day_text(std::int64_t day) {
-  static DayText last = {};
-  if (day == last.day && last.length > 0) return last;
-  const CivilYear date = civil_year(day);
-  char *end = put_char(put_digits(last.text.data(), date.year, 4), ':');
-  end = put_char(put_digits(end, date.day, 3), ':');
-  last.day = day;
-  last.length = static_cast<std::size_t>(end - last.text.data());
-  return last;
-}
-
 }  // namespace
-
-char *put_time(char *out, double epoch) {
-  const std::string_view whole = undated(epoch);
-  if (!whole.empty()) return put_text(out, whole);
-  const auto seconds = static_cast<std::int64_t>(std::floor(epoch));
-  const std::int64_t day = floor_div(seconds, kDaySeconds);
-  const DayText &date = day_text(day);
-  out = put_text(out, {date.text.data(), date.length});
-  const auto second_of_day = static_cast<int>(seconds - day * kDaySeconds);
-  out = put_char(put_digits<2>(out, second_of_day / 3600), ':');
-  out = put_char(put_digits<2>(out, second_of_day / 60 % 60), ':');
-  return put_digits<2>(out, second_of_day % 60);
-}
-
-}  // namespace tarvik
-
-using namespace tarvik;
 
 double h2e(int32_t year, int32_t day, int32_t hour, int32_t minute, double seconds) {
   const std::int64_t days = first_day_of(year) + (std::int64_t{day} - 1);
@@ -201,9 +161,9 @@ double h2e(int32_t year, int32_t day, int32_t hour, int32_t minute, double secon
 
 char *epoch2str(double epoch, const char *format) {
   GrowingText text;
-  const std::string_view whole = undated(epoch);
+  const std::string_view whole = undated_text(epoch);
   if (whole.empty()) {
-    append_format(text, take_apart(epoch), format);
+    append_format(text, moment_of(epoch), format);
   } else {
     text.append(whole);
   }
@@ -211,7 +171,7 @@ char *epoch2str(double epoch, const char *format) {
 }
 
 int32_t yearday(double epoch) {
-  if (!undated(epoch).empty()) return 0;
+  if (!undated_text(epoch).empty()) return 0;
   const auto seconds = static_cast<std::int64_t>(std::floor(epoch));
   const CivilYear date = civil_year(floor_div(seconds, kDaySeconds));
   // Years of more than six digits do not fit.
@@ -220,10 +180,11 @@ int32_t yearday(double epoch) {
 }
 
 double std_now(void) {
-  if (!std::isnan(fixed_now)) return fixed_now;
+  const double fixed = fixed_now.load(std::memory_order_relaxed);
+  if (!std::isnan(fixed)) return fixed;
   timespec now = {};
   clock_gettime(CLOCK_REALTIME, &now);
   return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
-void std_set_now(double epoch) { fixed_now = epoch; }
+void std_set_now(double epoch) { fixed_now.store(epoch, std::memory_order_relaxed); }

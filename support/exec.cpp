@@ -34,20 +34,25 @@ bool is_readable_file(const char *path) {
          faccessat(AT_FDCWD, path, R_OK, AT_EACCESS) == 0;
 }
 
+class ExecutablePath {
+ public:
+  ExecutablePath() noexcept : length_(readlink("/proc/self/exe", path_.data(), path_.size())) {}
+  // A path that fills the buffer has been cut.
+  [[nodiscard]] const char *text() const {
+    return length_ < 1 || static_cast<std::size_t>(length_) == path_.size() ? nullptr
+                                                                            : path_.data();
+  }
+
+ private:
+  std::array<char, 8192> path_ = {};
+  ssize_t length_;
+};
+
 }  // namespace
 
 const char *getexecname(void) {
-  static std::array<char, 8192> path;  // stays empty until the path is found
-  if (path[0] == '\0') {
-    const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
-    // A path that fills the buffer has been cut.
-    if (length < 1 || static_cast<std::size_t>(length) == path.size()) {
-      path[0] = '\0';
-      return nullptr;
-    }
-    path[static_cast<std::size_t>(length)] = '\0';
-  }
-  return path.data();
+  static const ExecutablePath kPath;
+  return kPath.text();
 }
 
 char *datafile(const char *variable, const char *name) {

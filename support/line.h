@@ -1,4 +1,5 @@
-// Lines written fast: text, numbers and hexadecimal put straight into an output buffer.
+// Lines written fast: text, numbers and hexadecimal put straight where they go, an output buffer
+// mostly.
 #ifndef SUPPORT_LINE_H_
 #define SUPPORT_LINE_H_
 
@@ -7,15 +8,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "support/stream.h"
-
 namespace tarvik {
-
-// Room for a text of at most `bytes` bytes (at most kStreamBytes) in the error log's buffer; what
-// is put there is written as one notification when elog_commit is called with its end.  The text
-// ends in a newline.  Nothing else may be logged or printed in between.
-inline char *elog_reserve(std::size_t bytes) { return stream_reserve(log_stream, bytes); }
-inline void elog_commit(char *end) { stream_commit(log_stream, end); }
 
 // Each writes at `out`, returns the end of what it wrote, and says how much room it needs.
 
@@ -107,8 +100,6 @@ char *put_fixed(char *out, double value, int decimals);
 // which some may be written too.
 inline constexpr std::size_t kHexSurplus = 32;
 char *put_hex(char *out, const char *bytes, std::size_t count);
-// "%Y:%j:%T" of an epoch, as epoch2str gives it: at most 32 bytes.
-char *put_time(char *out, double epoch);
 
 }  // namespace tarvik
 

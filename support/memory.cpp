@@ -1,5 +1,6 @@
 #include "support/memory.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -8,10 +9,11 @@ namespace tarvik {
 
 namespace {
 
-MemoryGate gate_in_force = nullptr;
+std::atomic<MemoryGate> gate_in_force = nullptr;
 
 bool refused(std::size_t bytes) {
-  if (gate_in_force == nullptr || gate_in_force(bytes)) return false;
+  const MemoryGate gate = gate_in_force.load(std::memory_order_relaxed);
+  if (gate == nullptr || gate(bytes)) return false;
   errno = ENOMEM;
   return true;
 }
@@ -40,6 +42,8 @@ char *memory_copy_text(const char *text, std::size_t size) noexcept {
   return copy;
 }
 
-void memory_set_gate(MemoryGate gate) noexcept { gate_in_force = gate; }
+void memory_set_gate(MemoryGate gate) noexcept {
+  gate_in_force.store(gate, std::memory_order_relaxed);
+}
 
 }  // namespace tarvik

@@ -733,13 +733,13 @@ class TarvikControlBytes : public CommandFixture {
 };
 
 TEST_F(TarvikControlBytes, DoNotReachATerminal) {
-  for (const char type : {'\0', '\x01', '\r', '\x1b', '\x1f', '\x7f'}) {
+  for (const char type : {'\0', '\x01', '\r', '\x1b', '\x1f', '\x7f', '\x80', '\x9b', '\x9f'}) {
     EXPECT_EQ(listing(type, Stream::kTerminal), "000001: ?: B0063: UNDEFINED\n") << int{type};
   }
 }
 
 TEST_F(TarvikControlBytes, OtherBytesReachATerminal) {
-  for (const char type : {'\t', '\n', ' ', '~', '\x80', '\x9b', '\xff'}) {
+  for (const char type : {'\t', '\n', ' ', '~', '\xa0', '\xff'}) {
     EXPECT_EQ(listing(type, Stream::kTerminal),
               std::string("000001: ") + type + ": B0063: UNDEFINED\n")
         << int{type};

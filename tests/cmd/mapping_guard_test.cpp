@@ -1,5 +1,4 @@
-// A fault of reading that is not the volume's.  What happens at one of the volume's is tested with
-// the command.
+// Faults of reading.  What happens to the output that is under way is tested with the command.
 #include "cmd/mapping_guard.h"
 
 #include <gtest/gtest.h>
@@ -9,6 +8,9 @@
 #include <csignal>
 #include <cstdio>
 #include <string>
+
+#include "tests/support/child.h"
+#include "tests/util/run_command.h"
 
 using namespace tarvik;
 
@@ -36,6 +38,31 @@ TEST(MappingGuardDeathTest, FaultElsewhereIsLeftToTheSystem) {
     read_behind_a_files_end();
   };
   EXPECT_EXIT(fault(), testing::KilledBySignal(SIGBUS), "^$");
+}
+
+// Reads the last page of a volume whose file has lost it; the volume's name is no plain one.
+void read_what_a_volume_has_lost(const command::ScratchDirectory &directory) {
+  if (chdir(directory.path().c_str()) != 0) return;
+  const std::string name = "a\x1b[2J\xc2\x9b\x9b\xc3\x9b";
+  static_cast<void>(directory.file(name, std::string(8192, ' ')));
+  const SDBlkVol *vol = sdblk_new(name.c_str(), nullptr, 0, 0);
+  if (vol == nullptr || truncate(name.c_str(), 4096) != 0) return;
+  guard_mapping(*vol);
+  std::printf("%d", *static_cast<const volatile char *>(vol->image + vol->image_size - 1));
+}
+
+TEST(MappingGuard, NameOfTheVolumeReachesAPipeAsItIs) {
+  const command::ScratchDirectory directory;
+  const ChildResult child = run_child([&] { read_what_a_volume_has_lost(directory); });
+  EXPECT_EQ(child.bytes, "tarvik: a\x1b[2J\xc2\x9b\x9b\xc3\x9b changed while it was read.\n");
+  EXPECT_EQ(child.status, 1);
+}
+
+TEST(MappingGuard, ControlCharactersOfTheNameDoNotReachATerminal) {
+  const command::ScratchDirectory directory;
+  const ChildResult child = run_child_on_terminal([&] { read_what_a_volume_has_lost(directory); });
+  EXPECT_EQ(child.bytes, "tarvik: a?[2J??\xc3\x9b changed while it was read.\r\n");
+  EXPECT_EQ(child.status, 1);
 }
 
 }  // namespace

@@ -160,7 +160,8 @@ TEST(Progress, IsCutWhereTheTerminalIsNarrow) {
     progress->at(kMiB);
   });
   // 19 columns: one that is filled to its last may run on.
-  EXPECT_TRUE(std::regex_match(bytes, std::regex("\r\033\\[Ktarvik:  25\\.0 %  [0-9][0-9.]\r\033\\[K")))
+  EXPECT_TRUE(
+      std::regex_match(bytes, std::regex("\r\033\\[Ktarvik:  25\\.0 %  [0-9][0-9.]\r\033\\[K")))
       << bytes;
 }
 

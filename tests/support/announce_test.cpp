@@ -227,6 +227,19 @@ TEST_F(Banner, MissingNameWithoutARecordIsTheExecutable) {
             command::version_banner(executable(), "", executable(), build_id(), ""));
 }
 
+TEST_F(Banner, SinkGetsWholeLines) {
+  std::vector<std::string> pieces;
+  elog_set_sink(
+      [](void *context, const char *bytes, std::size_t size) {
+        static_cast<std::vector<std::string> *>(context)->emplace_back(bytes, size);
+      },
+      &pieces);
+  banner("tarvik", nullptr);
+  elog_set_sink(nullptr, nullptr);
+  ASSERT_FALSE(pieces.empty());
+  for (const std::string &piece : pieces) EXPECT_TRUE(piece.ends_with('\n')) << piece;
+}
+
 TEST_F(Banner, PatchesAreCounted) {
   const command::ScratchDirectory root;
   const Variable variable("ORVALEN", root.path().c_str());

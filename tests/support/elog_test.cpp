@@ -13,11 +13,13 @@
 #include <string>
 #include <vector>
 
+#include "support/elog_impl.h"
 #include "support/line.h"
 #include "support/memory.h"
 #include "support/output.h"
 #include "support/stream.h"
 #include "tests/support/child.h"
+#include "tests/util/log_capture.h"
 
 using namespace tarvik;
 
@@ -29,22 +31,7 @@ void append_to_string(void *context, const char *bytes, size_t size) {
   static_cast<std::string *>(context)->append(bytes, size);
 }
 
-// The log goes to text as long as this lives, and begins with an empty register.
-class LogCapture {
- public:
-  LogCapture() {
-    elog_clear_register(0);
-    elog_set_sink(append_to_string, &text);
-  }
-  ~LogCapture() {
-    elog_set_sink(nullptr, nullptr);
-    elog_clear_register(0);
-  }
-  LogCapture(const LogCapture &) = delete;
-  LogCapture &operator=(const LogCapture &) = delete;
-
-  std::string text;
-};
+void emergency_write(std::string text) { streams_emergency_write(text.data(), text.size()); }
 
 std::string commandline_of(std::initializer_list<const char *> arguments) {
   std::vector<std::string> texts(arguments.begin(), arguments.end());
@@ -63,7 +50,7 @@ std::string commandline_of(std::initializer_list<const char *> arguments) {
 TEST(ElogNotify, TextIsWrittenAsFormatted) {
   const LogCapture log;
   elog_notify(0, "B%4.4d at %c:%6.6d\n", 5, 'V', 12);
-  EXPECT_EQ(log.text, "B0005 at V:000012\n");
+  EXPECT_EQ(log.text(), "B0005 at V:000012\n");
 }
 
 TEST(ElogNotify, MissingNewlineIsAdded) {
@@ -71,44 +58,59 @@ TEST(ElogNotify, MissingNewlineIsAdded) {
   elog_notify(0, "one");
   elog_notify(0, "%s", "");
   elog_notify(0, "two\n");
-  EXPECT_EQ(log.text, "one\n\ntwo\n");
+  EXPECT_EQ(log.text(), "one\n\ntwo\n");
 }
 
 TEST(ElogNotify, NulByteCutsNothing) {
   const LogCapture log;
   elog_notify(0, "a%cb\n", '\0');
-  EXPECT_EQ(log.text, "a\0b\n"s);
+  EXPECT_EQ(log.text(), "a\0b\n"s);
 }
 
 TEST(ElogNotify, LongTextIsWrittenWhole) {
   const LogCapture log;
   for (const std::size_t size : {1022U, 1023U, 1024U, 5000U, 65535U, 65536U, 200000U}) {
     const std::string text(size, 'x');
-    const std::size_t before = log.text.size();
+    const std::size_t before = log.text().size();
     elog_notify(0, "%s", text.c_str());
-    EXPECT_EQ(log.text.substr(before), text + "\n") << size;
+    EXPECT_EQ(log.text().substr(before), text + "\n") << size;
   }
+}
+
+TEST(ElogNotify, WithoutMemoryOnlyWhatPassesTheBufferIsCut) {
+  const LogCapture log;
+  elog_notify(0, "first\n");
+  memory_set_gate([](std::size_t) { return false; });
+  elog_notify(0, "%s", std::string(kStreamBytes - 10, 'x').c_str());
+  elog_notify(0, "%s", std::string(1000000, 'y').c_str());
+  memory_set_gate(nullptr);
+  const std::string text = log.text();
+  const std::string whole = "first\n" + std::string(kStreamBytes - 10, 'x') + "\n";
+  ASSERT_TRUE(text.starts_with(whole));
+  EXPECT_GT(text.size() - whole.size(), kStreamBytes - 10);
+  EXPECT_LT(text.size() - whole.size(), 1000000U);
+  EXPECT_TRUE(text.ends_with("y\n"));
 }
 
 TEST(ElogNotify, RegisterIsLeftAlone) {
   const LogCapture log;
   elog_log(0, "registered\n");
   elog_notify(0, "noted\n");
-  EXPECT_EQ(log.text, "noted\n");
+  EXPECT_EQ(log.text(), "noted\n");
 }
 
 TEST(ElogNotify, FlagOneAddsTheSystemText) {
   const LogCapture log;
   errno = ENOENT;
   elog_notify(1, "no file\n");
-  EXPECT_EQ(log.text, "no file\n    "s + std::strerror(ENOENT) + "\n");
+  EXPECT_EQ(log.text(), "no file\n    "s + std::strerror(ENOENT) + "\n");
 }
 
 TEST(ElogLog, NothingIsWritten) {
   const LogCapture log;
   elog_log(0, "silent\n");
   elog_flush();
-  EXPECT_EQ(log.text, "");
+  EXPECT_EQ(log.text(), "");
 }
 
 TEST(ElogLog, ErrnoIsReadAtTheCall) {
@@ -117,21 +119,21 @@ TEST(ElogLog, ErrnoIsReadAtTheCall) {
   elog_log(1, "first");
   errno = ENOENT;
   elog_complain(0, "last\n");
-  EXPECT_EQ(log.text, "first\n    "s + std::strerror(EACCES) + "\nlast\n");
+  EXPECT_EQ(log.text(), "first\n    "s + std::strerror(EACCES) + "\nlast\n");
 }
 
 TEST(ElogLog, FlagOneWithoutErrnoAddsNothing) {
   const LogCapture log;
   errno = 0;
   elog_complain(1, "plain\n");
-  EXPECT_EQ(log.text, "plain\n");
+  EXPECT_EQ(log.text(), "plain\n");
 }
 
 TEST(ElogLog, OtherFlagsAddNothing) {
   const LogCapture log;
   errno = EACCES;
   elog_complain(2, "plain\n");
-  EXPECT_EQ(log.text, "plain\n");
+  EXPECT_EQ(log.text(), "plain\n");
 }
 
 TEST(ElogLog, MemoryExhaustedKeepsShortTextWhole) {
@@ -140,7 +142,7 @@ TEST(ElogLog, MemoryExhaustedKeepsShortTextWhole) {
   elog_log(0, "malloc error\n");
   memory_set_gate(nullptr);
   elog_complain(0, "end\n");
-  EXPECT_EQ(log.text, "malloc error\nend\n");
+  EXPECT_EQ(log.text(), "malloc error\nend\n");
 }
 
 TEST(ElogLog, MemoryExhaustedCutsLongTextButNotTheSystemText) {
@@ -152,9 +154,9 @@ TEST(ElogLog, MemoryExhaustedCutsLongTextButNotTheSystemText) {
   memory_set_gate(nullptr);
   elog_complain(0, "end\n");
   const std::string ending = "\n    "s + std::strerror(ENOMEM) + "\nend\n";
-  ASSERT_GT(log.text.size(), ending.size() + 500);
-  EXPECT_LT(log.text.size(), 1100U);
-  EXPECT_EQ(log.text.substr(log.text.size() - ending.size() - 1), "x" + ending);
+  ASSERT_GT(log.text().size(), ending.size() + 500);
+  EXPECT_LT(log.text().size(), 1100U);
+  EXPECT_EQ(log.text().substr(log.text().size() - ending.size() - 1), "x" + ending);
 }
 
 TEST(ElogComplain, RegisterIsWrittenOldestFirstAndEmptied) {
@@ -163,7 +165,7 @@ TEST(ElogComplain, RegisterIsWrittenOldestFirstAndEmptied) {
   elog_log(0, "two\n");
   elog_complain(0, "three\n");
   elog_complain(0, "four\n");
-  EXPECT_EQ(log.text, "one\ntwo\nthree\nfour\n");
+  EXPECT_EQ(log.text(), "one\ntwo\nthree\nfour\n");
 }
 
 TEST(ElogComplain, FullRegisterHasDroppedNothing) {
@@ -174,7 +176,7 @@ TEST(ElogComplain, FullRegisterHasDroppedNothing) {
     expected += std::to_string(i) + "\n";
   }
   elog_complain(0, "end\n");
-  EXPECT_EQ(log.text, expected + "end\n");
+  EXPECT_EQ(log.text(), expected + "end\n");
 }
 
 TEST(ElogComplain, DroppedTextsAreCounted) {
@@ -183,17 +185,17 @@ TEST(ElogComplain, DroppedTextsAreCounted) {
   elog_complain(0, "end\n");
   std::string expected = "(150 earlier messages dropped)\n";
   for (int i = 150; i < 250; ++i) expected += std::to_string(i) + "\n";
-  EXPECT_EQ(log.text, expected + "end\n");
+  EXPECT_EQ(log.text(), expected + "end\n");
 }
 
 TEST(ElogComplain, DroppedCountStartsAgain) {
   const LogCapture log;
   for (int i = 0; i < 101; ++i) elog_log(0, "x\n");
   elog_complain(0, "end\n");
-  const std::size_t before = log.text.size();
+  const std::size_t before = log.text().size();
   elog_log(0, "one\n");
   elog_complain(0, "end\n");
-  EXPECT_EQ(log.text.substr(before), "one\nend\n");
+  EXPECT_EQ(log.text().substr(before), "one\nend\n");
 }
 
 TEST(ElogClearRegister, FlagZeroDropsUnseen) {
@@ -201,16 +203,16 @@ TEST(ElogClearRegister, FlagZeroDropsUnseen) {
   elog_log(0, "gone\n");
   elog_clear_register(0);
   elog_complain(0, "end\n");
-  EXPECT_EQ(log.text, "end\n");
+  EXPECT_EQ(log.text(), "end\n");
 }
 
 TEST(ElogClearRegister, OtherFlagWritesFirst) {
   const LogCapture log;
   elog_log(0, "kept\n");
   elog_clear_register(1);
-  EXPECT_EQ(log.text, "kept\n");
+  EXPECT_EQ(log.text(), "kept\n");
   elog_complain(0, "end\n");
-  EXPECT_EQ(log.text, "kept\nend\n");
+  EXPECT_EQ(log.text(), "kept\nend\n");
 }
 
 TEST(ElogDie, WritesRegisterAndEndsWithOne) {
@@ -238,7 +240,7 @@ TEST(ElogDie, HookMayThrow) {
   elog_set_die([](void *value) { throw *static_cast<int *>(value); }, &context);
   EXPECT_THROW(elog_die(0, "dead\n"), int);
   elog_set_die(nullptr, nullptr);
-  EXPECT_EQ(log.text, "dead\n");
+  EXPECT_EQ(log.text(), "dead\n");
 }
 
 TEST(ElogDie, HookThatReturnsIsFollowedByExit) {
@@ -310,12 +312,16 @@ TEST(ElogCommandline, EndsWithTheFirstNullArgument) {
   elog_init(0, nullptr);
 }
 
-TEST(ElogCommandline, MemoryExhaustedNotifiesNothing) {
+TEST(ElogCommandline, IsNotifiedWithoutMemory) {
   const LogCapture log;
+  std::string name = "tarvik";
+  std::array<char *, 2> argv = {name.data(), nullptr};
+  elog_init(1, argv.data());
   memory_set_gate([](std::size_t) { return false; });
   elog_commandline();
   memory_set_gate(nullptr);
-  EXPECT_EQ(log.text, "");
+  elog_init(0, nullptr);
+  EXPECT_EQ(log.text(), "tarvik\n");
 }
 
 TEST(ElogCommandline, IsNotified) {
@@ -326,14 +332,14 @@ TEST(ElogCommandline, IsNotified) {
   elog_init(2, argv.data());
   elog_commandline();
   elog_init(0, nullptr);
-  EXPECT_EQ(log.text, "tarvik 100%s\n");
+  EXPECT_EQ(log.text(), "tarvik 100%s\n");
 }
 
 TEST(ElogSink, GetsWholeLinesAtOnce) {
   const LogCapture log;
   char *out = elog_reserve(16);
   elog_commit(put_text(out, "line\n"));
-  EXPECT_EQ(log.text, "line\n");
+  EXPECT_EQ(log.text(), "line\n");
 }
 
 TEST(ElogSink, RemovedGivesStandardErrorBack) {
@@ -397,9 +403,27 @@ TEST(ElogStream, RoomAsLargeAsTheBufferIsGiven) {
   EXPECT_TRUE(child.bytes == "first\n" + std::string(kStreamBytes, 'x'));
 }
 
-TEST(ElogStream, MoreRoomThanTheBufferEndsTheProgram) {
-  const ChildResult child = run_child([] { elog_reserve(kStreamBytes + 1); });
-  EXPECT_EQ(child.bytes, "elog_reserve: text of 65537 bytes does not fit the 65536 byte buffer\n");
+TEST(ElogStream, MoreRoomThanTheBufferIsGiven) {
+  const ChildResult child = run_child([] {
+    for (const std::size_t size : {kStreamBytes + 1, kStreamBytes, 3 * kStreamBytes}) {
+      elog_notify(0, "first\n");
+      char *out = elog_reserve(size);
+      std::memset(out, 'x', size);
+      elog_commit(out + size);
+    }
+  });
+  const auto line = [](std::size_t size) { return "first\n" + std::string(size, 'x'); };
+  EXPECT_TRUE(child.bytes == line(kStreamBytes + 1) + line(kStreamBytes) + line(3 * kStreamBytes));
+  EXPECT_EQ(child.status, 0);
+}
+
+TEST(ElogStream, RoomWithoutMemoryEndsTheProgram) {
+  const ChildResult child = run_child([] {
+    elog_notify(0, "first\n");
+    memory_set_gate([](std::size_t) { return false; });
+    elog_reserve(1000000);  // more than any other test here
+  });
+  EXPECT_EQ(child.bytes, "first\nelog_reserve: malloc(1000000) error.\n");
   EXPECT_EQ(child.status, 1);
 }
 
@@ -412,6 +436,12 @@ TEST(ElogStream, ControlBytesAreHiddenOnATerminal) {
   const ChildResult child =
       run_child_on_terminal([] { elog_notify(0, "a\x1b[2J\r\x7f\t%c\xe4z\n", '\0'); });
   EXPECT_EQ(child.bytes, "a?[2J??\t?\xe4z\r\n");
+}
+
+TEST(ElogStream, ControlCharactersOfOtherSizeAreHiddenOnATerminal) {
+  const ChildResult child =
+      run_child_on_terminal([] { elog_notify(0, "\x9b\xc2\x9b\xc3\x9b\xe2\x82\x82\n"); });
+  EXPECT_EQ(child.bytes, "??\xc3\x9b\xe2\x82\x82\r\n");
 }
 
 TEST(ElogStream, TerminalGetsEachLineAtOnce) {
@@ -487,18 +517,27 @@ TEST(StreamsEmergencyWrite, WritesWhatIsCommittedAndThenTheText) {
     output_print("output\n");
     elog_notify(0, "log\n");
     static_cast<void>(put_text(elog_reserve(100), "not committed"));
-    streams_emergency_write("fault\n", 6);
+    emergency_write("fault\n");
     _exit(3);
   });
   EXPECT_EQ(child.bytes, "output\nlog\nfault\n");
   EXPECT_EQ(child.status, 3);
 }
 
+TEST(StreamsEmergencyWrite, TextLosesItsControlCharactersOnATerminal) {
+  const auto write = [] {
+    emergency_write("a\x1b\x9b\n");
+    _exit(3);
+  };
+  EXPECT_EQ(run_child_on_terminal(write).bytes, "a??\r\n");
+  EXPECT_EQ(run_child(write).bytes, "a\x1b\x9b\n");
+}
+
 TEST(StreamsEmergencyWrite, PendingOutputComesBeforeTheText) {
   const ChildResult child = run_child([] {
     elog_notify(0, "log\n");
     output_print("output\n");
-    streams_emergency_write("fault\n", 6);
+    emergency_write("fault\n");
     _exit(3);
   });
   EXPECT_EQ(child.bytes, "log\noutput\nfault\n");

@@ -11,8 +11,8 @@
 #include <string>
 
 #include "support/civil.h"
-#include "support/line.h"
 #include "support/memory.h"
+#include "support/time_text.h"
 
 using namespace tarvik;
 

@@ -9,7 +9,9 @@
 #include <string>
 
 #include "support/elog.h"
+#include "support/elog_impl.h"
 #include "support/line.h"
+#include "support/memory.h"
 #include "support/stream.h"
 #include "tests/support/child.h"
 
@@ -71,10 +73,23 @@ TEST(OutputReserve, TextBuiltInPlaceIsWritten) {
   EXPECT_EQ(child.bytes, "one\ntwo\n");
 }
 
-TEST(OutputReserve, MoreThanTheBufferEndsTheProgram) {
-  const ChildResult child = run_child([] { output_reserve(kStreamBytes + 1); });
-  EXPECT_EQ(child.bytes,
-            "output_reserve: text of 65537 bytes does not fit the 65536 byte buffer\n");
+TEST(OutputReserve, MoreThanTheBufferIsGiven) {
+  const ChildResult child = run_child([] {
+    output_print("one\n");
+    char *out = output_reserve(kStreamBytes + 1);
+    std::memset(out, 'x', kStreamBytes + 1);
+    output_commit(out + kStreamBytes + 1);
+  });
+  EXPECT_TRUE(child.bytes == "one\n" + std::string(kStreamBytes + 1, 'x'));
+}
+
+TEST(OutputReserve, WithoutMemoryTheProgramEnds) {
+  const ChildResult child = run_child([] {
+    output_print("one\n");
+    memory_set_gate([](std::size_t) { return false; });
+    output_reserve(1000000);
+  });
+  EXPECT_EQ(child.bytes, "one\noutput_reserve: malloc(1000000) error.\n");
   EXPECT_EQ(child.status, 1);
 }
 
