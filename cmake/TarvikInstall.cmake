@@ -10,6 +10,9 @@ set(TARVIK_BASH_COMPLETION_DIR "${CMAKE_INSTALL_DATADIR}/bash-completion/complet
 set(TARVIK_ZSH_COMPLETION_DIR "${CMAKE_INSTALL_DATADIR}/zsh/site-functions" CACHE STRING
     "Where zsh looks for completions, below the prefix")
 
+set(TARVIK_EXAMPLES_DIR "${CMAKE_INSTALL_DOCDIR}/examples" CACHE STRING
+    "Where the example programs go, below the prefix")
+
 set(libraries sdblk)
 if(TARGET sdblk_shared)
   list(APPEND libraries sdblk_shared)
@@ -42,6 +45,12 @@ endforeach()
 
 install(FILES man/tarvik.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT command)
 install(FILES man/sdblk.3 DESTINATION "${CMAKE_INSTALL_MANDIR}/man3" COMPONENT dev)
+install(FILES docs/decisions.md docs/format.md docs/listing.md DESTINATION "${CMAKE_INSTALL_DOCDIR}"
+        COMPONENT command
+)
+install(FILES examples/CMakeLists.txt examples/channels.cpp examples/stations.c
+        DESTINATION "${TARVIK_EXAMPLES_DIR}" COMPONENT dev
+)
 install(FILES completions/tarvik.bash DESTINATION "${TARVIK_BASH_COMPLETION_DIR}"
         RENAME tarvik COMPONENT command
 )
