@@ -56,6 +56,20 @@ void release_chain_list(SDBlk *record) {
   }
 }
 
+// The data blockettes in use go on without their record: the first of them owns the others.
+void leave_chain(SDBlk *record) {
+  SDBlkStorage *storage = record->storage;
+  if (storage == nullptr || storage->chain_first == storage->chain_spare) {
+    release_chain_list(record);
+    return;
+  }
+  SDBlkStorage *heir = storage->chain_first->storage;
+  heir->chain_first = heir->chain_following;
+  heir->chain_spare = storage->chain_spare;
+  heir->chain_following = nullptr;
+  heir->chained = false;
+}
+
 // A block in a record's chain goes with the record.
 bool is_chained(const SDBlk *block) { return block->storage != nullptr && block->storage->chained; }
 
@@ -142,7 +156,7 @@ void sdblk_clear(SDBlk *block) {
 
 void sdblk_free_single(SDBlk *block) {
   if (block == nullptr || is_chained(block)) return;
-  release_chain_list(block);
+  leave_chain(block);
   release_memory(block);
 }
 

@@ -277,7 +277,9 @@ SDBLK_API void sdblk_clear(SDBlk *block);
  * can be handed to freetbl and freearr as it is. */
 SDBLK_API void sdblk_free(void *block);
 
-/* Releases one block as sdblk_free does, but leaves the blocks chained behind it alone. */
+/* Releases one block but none of its chain: what stands in next stays valid and is released by
+ * sdblk_free, with all that is chained to it.  A data blockette that is still in the chain of its
+ * record goes with the record: neither function does anything with it. */
 SDBLK_API void sdblk_free_single(SDBlk *block);
 
 /* ---- Volumes --------------------------------------------------------------------------------- */

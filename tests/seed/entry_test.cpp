@@ -820,18 +820,47 @@ TEST(FreeBlock, SingleReleaseLeavesTheNextAlone) {
   sdblk_free(next);
 }
 
-TEST(FreeBlock, ParsedBlockGoesWithItsChain) {
-  const std::string bytes = data_record();
-  SDBlkVol *vol = sdblk_new(nullptr, bytes.data(), 512, 0);
-  SDBlk *blk = nullptr;
-  ASSERT_EQ(sdblk_parseblk(vol, &blk), 0);
-  ASSERT_EQ(sdblk_unstuffblk(blk), 0);
-  ASSERT_NE(blk->next->next, nullptr);
-  sdblk_free_single(blk);
-  blk = nullptr;
+// A data record with two blockettes in its chain, decoded; its block is the test's to release.
+class ChainTest : public testing::Test {
+ protected:
+  ~ChainTest() override { sdblk_closevol(vol_); }
+  SDBlk *decode() {
+    SDBlk *block = nullptr;
+    EXPECT_EQ(sdblk_parseblk(vol_, &block), 0);
+    EXPECT_EQ(sdblk_unstuffblk(block), 0);
+    return block;
+  }
+
+  const std::string bytes_ = data_record();
+  SDBlkVol *vol_ = sdblk_new(nullptr, bytes_.data(), 512, 0);
+};
+
+TEST_F(ChainTest, SingleReleaseOfARecordLeavesItsChain) {
+  SDBlk *record = decode();
+  SDBlk *first = record->next;
+  sdblk_free_single(record);
+  EXPECT_EQ(integer_of(first->contents, "dlenp"), 9);
+  EXPECT_EQ(integer_of(first->next->contents, "qual"), 50);
+  sdblk_free(first);
+}
+
+TEST_F(ChainTest, BlockettesAreReleasedOneByOne) {
+  SDBlk *record = decode();
+  SDBlk *first = record->next;
+  sdblk_free_single(record);
+  SDBlk *second = first->next;
+  sdblk_free_single(first);
+  EXPECT_EQ(integer_of(second->contents, "qual"), 50);
+  sdblk_free_single(second);
+}
+
+TEST_F(ChainTest, SingleReleaseOfAClearedRecordReleasesTheSpareBlockettes) {
+  SDBlk *record = decode();
+  sdblk_clear(record);
+  sdblk_free_single(record);
   // The volume does not miss it.
-  EXPECT_EQ(sdblk_parseblk(vol, &blk), SDBLK_EOF);
-  sdblk_closevol(vol);
+  record = nullptr;
+  EXPECT_EQ(sdblk_parseblk(vol_, &record), SDBLK_EOF);
 }
 
 }  // namespace
