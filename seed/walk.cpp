@@ -464,9 +464,11 @@ int Walker::repetition(Arr **array, std::int32_t nfields, const SDBlkFieldDef *f
     if (decode(field, entry) < 0) return -1;
     if (append) {
       arr_append_constant(array_, field.key, entry);
-    } else if (!arr_set_constant(array_, field.key, entry)) {
-      return report_entry(field);
+      continue;
     }
+    // What a program or an earlier field put there goes.
+    free_sdblk_entry(getarr(array_, field.key));
+    if (!arr_set_constant(array_, field.key, entry)) return report_entry(field);
   }
   if (code_ == nullptr) return 0;
   return define_abbreviation(context_.vol, ReferenceKey(code_->def->key, code_->value.i).text());

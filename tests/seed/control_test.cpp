@@ -5,6 +5,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <initializer_list>
 #include <memory>
@@ -172,6 +173,26 @@ TEST(UnstuffBlk, DecodingAgainReplacesTheFields) {
   EXPECT_EQ(sdblk_unstuffblk(block), 0);
   EXPECT_EQ(countarr(block->contents), 4);
   EXPECT_EQ(integer_of(block->contents, "cid"), 9007);
+}
+
+// An entry of a text, all from malloc.
+void add_by_hand(Arr *contents, const SDBlkFieldDef &def, std::string_view text) {
+  auto *entry = static_cast<SDBlkEntry *>(std::calloc(1, sizeof(SDBlkEntry)));
+  entry->def = &def;
+  entry->count = 1;
+  entry->value.s = strndup(text.data(), text.size());
+  EXPECT_EQ(setarr(contents, def.key, entry), nullptr);
+}
+
+TEST(UnstuffBlk, EntryMadeByHandIsReplacedAndReleased) {
+  const SDBlkFieldDef name = field("name", 'V', 0, "", SDBLK_STRING);
+  BlockReader reader(one('A', unit(1)));
+  SDBlk *block = reader.next();
+  add_by_hand(block->contents, name, "by hand");
+  ASSERT_EQ(sdblk_unstuffblk(block), 0);
+  EXPECT_EQ(text_of(block->contents, "name"), "M/S");
+  EXPECT_EQ(countarr(block->contents), 3);
+  // A checker of memory sees what stays behind.
 }
 
 TEST(UnstuffBlk, ControlBlocketteOfType99IsNoDataRecord) {
