@@ -3,10 +3,8 @@ if(TARVIK_SANITIZE OR TARVIK_COVERAGE)
   return()
 endif()
 
-# The same objects as in the installed shared library, linked in every build.
-add_library(sdblk_exports SHARED $<TARGET_OBJECTS:tarvik_seed> $<TARGET_OBJECTS:tarvik_support>)
-set_target_properties(sdblk_exports PROPERTIES LINKER_LANGUAGE CXX)
-target_include_directories(sdblk_exports INTERFACE "${PROJECT_SOURCE_DIR}")
+# The shared library as it is installed, in every build.
+tarvik_add_library(sdblk_exports SHARED)
 foreach(library IN ITEMS sdblk_exports sdblk)
   add_test(NAME consumer.${library}_has_the_public_names_and_no_others
            COMMAND ${CMAKE_COMMAND} "-DNM=${CMAKE_NM}" "-DLIBRARY=$<TARGET_FILE:${library}>"
@@ -18,6 +16,10 @@ endforeach()
 add_executable(consumer_shared "${CMAKE_CURRENT_LIST_DIR}/consumer.c")
 target_link_libraries(consumer_shared PRIVATE sdblk_exports)
 add_test(NAME consumer.works_with_the_shared_library COMMAND consumer_shared)
+
+add_executable(consumer_namesakes "${CMAKE_CURRENT_LIST_DIR}/namesakes.c")
+target_link_libraries(consumer_namesakes PRIVATE sdblk_exports)
+add_test(NAME consumer.functions_of_the_same_names_change_nothing COMMAND consumer_namesakes)
 
 add_test(NAME consumer.takes_it_in_as_a_folder
          COMMAND ${CMAKE_COMMAND} -S "${CMAKE_CURRENT_LIST_DIR}/embedded"
