@@ -222,9 +222,34 @@ struct SDBlkEntry {
  * of an array is the value of its count field ("nstages" with "stages").  A SDBLK_INT_ARRAY is
  * found but not stored.  Returns 0, or -1 at the first key that is missing, with "sdblk_getv: entry
  * '%s' not defined.\n" registered; results before it are stored, later ones are not.  A key has at
- * most 511 characters.  C++ programs may prefer sdblk::get in seed/getv.h, which checks the types
- * of its arguments. */
+ * most 511 characters.  Nothing checks that a result fits its field: the functions below do, and
+ * for C++ sdblk::get in seed/getv.h. */
 SDBLK_API int sdblk_getv(const Arr *contents, ...) SDBLK_SENTINEL;
+
+/* The entry of a key, whose field must be of a kind (SDBLK_INT takes SDBLK_ABBR_KEY too); contents
+ * as above.  It lives as long as the contents.  NULL with a message registered: that of sdblk_getv
+ * for a missing key, "sdblk_get_entry: entry '%s' holds %s, not %s.
+" for a field of another kind. */
+SDBLK_API const SDBlkEntry *sdblk_get_entry(const Arr *contents, const char *key, int32_t kind);
+
+/* The value of one field of the kind that the name says, with the checks of sdblk_get_entry.  Each
+ * returns 0, or -1 with its message registered and the result as it was.  Texts and arrays are
+ * borrowed, as those of sdblk_getv; count, unless NULL, takes the number of elements.
+ * sdblk_get_abbr gives the abbreviation block that an integer refers to, or NULL. */
+SDBLK_API int sdblk_get_int(const Arr *contents, const char *key, int32_t *value);
+SDBLK_API int sdblk_get_double(const Arr *contents, const char *key, double *value);
+SDBLK_API int sdblk_get_text(const Arr *contents, const char *key, const char **text);
+SDBLK_API int sdblk_get_abbr(const Arr *contents, const char *key, const SDBlk **block);
+SDBLK_API int sdblk_get_ints(const Arr *contents, const char *key, const int32_t **values,
+                             int32_t *count);
+SDBLK_API int sdblk_get_doubles(const Arr *contents, const char *key, const double **values,
+                                int32_t *count);
+SDBLK_API int sdblk_get_texts(const Arr *contents, const char *key, const char *const **texts,
+                              int32_t *count);
+SDBLK_API int sdblk_get_groups(const Arr *contents, const char *key, Arr *const **groups,
+                               int32_t *count);
+SDBLK_API int sdblk_get_refs(const Arr *contents, const char *key, const SDBlkAbbrRef **references,
+                             int32_t *count);
 
 /* Releases one entry made by hand and what it owns; does nothing for a pooled entry or NULL.  The
  * callback that freearr takes for every entry array. */

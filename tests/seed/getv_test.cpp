@@ -75,6 +75,26 @@ TEST(Get, FirstMissingKeyEndsIt) {
   EXPECT_EQ(log.registered(), "sdblk_getv: entry 'gone' not defined.\n");
 }
 
+TEST(Get, FieldOfAnotherKindEndsIt) {
+  LogCapture log;
+  BlockReader reader("000001S " + poles());
+  const SDBlk *blk = reader.decode_next();
+  std::int32_t integer = -1;
+  EXPECT_EQ(sdblk::get(blk->contents, "norm", &integer), -1);
+  EXPECT_EQ(integer, -1);
+  EXPECT_EQ(log.registered(),
+            "sdblk_get_entry: entry 'norm' holds a real number, not an integer.\n");
+}
+
+TEST(Get, StarIsForReferencesAlone) {
+  LogCapture log;
+  BlockReader reader("000001S " + poles());
+  const SDBlk *blk = reader.decode_next();
+  std::int32_t integer = -1;
+  EXPECT_EQ(sdblk::get(blk->contents, "*stage", &integer), -1);
+  EXPECT_EQ(log.registered(), "sdblk_getv: entry '*stage' not defined.\n");
+}
+
 TEST(Get, NoPairsGiveZero) { EXPECT_EQ(sdblk::get(nullptr), 0); }
 
 }  // namespace
