@@ -1,0 +1,20 @@
+// The fields of a block as a JSON object.
+#ifndef VIEWS_FIELDS_H_
+#define VIEWS_FIELDS_H_
+
+#include "seed/whole.h"
+#include "views/lines.h"
+
+namespace tarvik {
+
+// Writes "{...}" with the fields of a block that are there, in the order of the catalogue, or
+// "null" for a block without a definition.
+void put_fields(LineBuffer *out, const SDBlk &block);
+
+// Writes ",\"refs\":{...}" with the block numbers of the abbreviations that the fields of a block
+// refer to, those in groups left out; nothing where it would be empty.
+void put_references(LineBuffer *out, const SDBlk &block);
+
+}  // namespace tarvik
+
+#endif  // VIEWS_FIELDS_H_

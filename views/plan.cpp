@@ -1,0 +1,56 @@
+#include "views/plan.h"
+
+#include <cstddef>
+#include <string_view>
+
+namespace tarvik {
+namespace {
+
+Plan make_plan(std::int32_t count, const SDBlkFieldDef *fields) {
+  Plan plan;
+  plan.defs = fields;
+  for (std::int32_t i = 0; i < count; ++i) {
+    const SDBlkFieldDef &def = fields[i];
+    Plan::Field field = {&def, form_of(def), def.abbr_key != nullptr, {}, {}};
+    field.key = '"' + std::string(def.key) + "\":";
+    if (field.form == Form::group) field.group.push_back(make_plan(def.nsub, def.sub));
+    plan.has_references = plan.has_references || field.refers;
+    plan.fields.push_back(std::move(field));
+  }
+  return plan;
+}
+
+std::vector<Plan> make_plans() {
+  std::vector<Plan> plans;
+  plans.reserve(SEED_BLKDEFS_COUNT);
+  for (const SDBlkDef &def : seed_blkdefs) plans.push_back(make_plan(def.nfields, def.fields));
+  return plans;
+}
+
+Form form_of_real(std::string_view format) {
+  return format == "TIME" || format == "BTIME" ? Form::time : Form::real;
+}
+
+}  // namespace
+
+Form form_of(const SDBlkFieldDef &def) {
+  const std::string_view format = def.format;
+  switch (def.kind) {
+    case SDBLK_INT:
+    case SDBLK_ABBR_KEY: return format == "ULONG" ? Form::unsigned_integer : Form::integer;
+    case SDBLK_DOUBLE: return form_of_real(format);
+    case SDBLK_INT_ARRAY: return Form::integers;
+    case SDBLK_DOUBLE_ARRAY: return Form::reals;
+    case SDBLK_STRING_ARRAY: return Form::texts;
+    case SDBLK_GROUP_ARRAY: return Form::group;
+    case SDBLK_REF_ARRAY: return Form::references;
+    default: return Form::text;
+  }
+}
+
+const Plan &plan_of(const SDBlkDef &def) {
+  static const std::vector<Plan> plans = make_plans();
+  return plans[static_cast<std::size_t>(&def - seed_blkdefs)];
+}
+
+}  // namespace tarvik
