@@ -7,6 +7,9 @@
 
 set(optimized "$<CONFIG:Release,RelWithDebInfo,MinSizeRel>")
 set(sanitizers "-fsanitize=address,undefined" "-fno-sanitize-recover=all")
+if(TARVIK_SANITIZE STREQUAL "thread")
+  set(sanitizers "-fsanitize=thread")
+endif()
 # With counters that can lie in the record's file, what a process did counts however it ended.
 set(coverage "-fprofile-instr-generate" "-fcoverage-mapping"
              "SHELL:-mllvm -runtime-counter-relocation"

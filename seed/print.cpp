@@ -415,6 +415,14 @@ int sdblk_printblk(const SDBlk *block, const char *prefix, std::int32_t level) {
   return 0;
 }
 
+int sdblk_printblk_to(const SDBlk *block, const char *prefix, std::int32_t level,
+                      void (*lines)(void *context, const char *bytes, std::size_t size),
+                      void *context) {
+  const ElogDiversion diversion(lines, context);
+  print_block(*block, prefix, level);
+  return 0;
+}
+
 int sdblk_print_sblk(Arr *const *arrays, std::int64_t count, const char *prefix,
                      std::int64_t nfields, const SDBlkFieldDef *fields) {
   print_fields(arrays, count, prefix, nfields, fields);

@@ -78,8 +78,16 @@
  * block before its volume, and keep the block that sdblk_parseblk filled last until reading is
  * done.
  *
- * One thread at a time.  Nothing is locked; the first volume must be opened before anything is
- * decoded.
+ * Threads.  Threads may read different volumes at the same time.  A volume, its blocks, and the
+ * stations, lists and arrays made of them are used by one thread at a time; nothing is locked.  The
+ * catalogue may be read by all, once a volume is open.  Each thread has its own register of
+ * messages, its own sink of the log (elog_set_sink; standard error until it is set) and its own
+ * fatal hook (elog_set_die): a volume's messages are in the thread that read it.  A thread takes
+ * some 170 KiB for its log when it opens its first volume (without that memory the volume is not
+ * opened, errno is ENOMEM and no message is registered), and gives it back, its last lines written,
+ * when it ends; what the other threads have not written when the process exits is lost
+ * (elog_flush).  For one thread at a time, before the others start: elog_init, std_set_now,
+ * announce_str.
  *
  * The header compiles as C11 and as C++20.
  */
@@ -415,6 +423,13 @@ SDBLK_API int64_t scan_var_str(const char *text, int64_t limit, char *result);
  * header, raw bytes, fields, referenced abbreviations and chained data blockettes at any other
  * level. Returns 0. */
 SDBLK_API int sdblk_printblk(const SDBlk *block, const char *prefix, int32_t level);
+
+/* The same, each line to a callback instead: its bytes, which need not be valid UTF-8 and end in a
+ * newline, live until the callback returns.  It must neither log nor list.  A fault that ends the
+ * program is told to the log.  Returns 0. */
+SDBLK_API int sdblk_printblk_to(const SDBlk *block, const char *prefix, int32_t level,
+                                void (*lines)(void *context, const char *bytes, size_t size),
+                                void *context);
 
 /* Lists the fields of count entry arrays.  Returns 0. */
 SDBLK_API int sdblk_print_sblk(Arr *const *arrays, int64_t count, const char *prefix,

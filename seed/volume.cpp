@@ -11,6 +11,7 @@
 #include "seed/open.h"
 #include "seed/sdblk.h"
 #include "seed/whole/reader.h"
+#include "support/elog_impl.h"
 #include "support/memory.h"
 
 using namespace tarvik;
@@ -81,6 +82,7 @@ bool make_dictionary(const char *function, SDBlkVol *vol) {
 
 SDBlkVol *make_volume(const char *function, std::int32_t record_length) {
   sdblk_blkdefs_init();
+  if (!elog_prepare()) return nullptr;  // and no message: it is the log that there is no memory for
   auto *vol = static_cast<SDBlkVol *>(memory_get_zeroed(sizeof(SDBlkVol)));
   if (vol == nullptr) {
     elog_log(1, "%s: malloc(SDBlkVol:%ld) error.\n", function, static_cast<long>(sizeof(SDBlkVol)));

@@ -109,8 +109,10 @@ void tarvik::blkdefs::fill_index(std::span<const SDBlkDef> defs,
 }
 
 int sdblk_blkdefs_init() {
-  if (seed_blkdefs_first == 0) return 0;
-  fill_index(seed_blkdefs, seed_blkdefs_index);
-  seed_blkdefs_first = 0;
-  return 0;
+  // By the first thread that comes; others wait for it.
+  static const int result = [] {
+    fill_index(seed_blkdefs, seed_blkdefs_index);
+    return seed_blkdefs_first = 0;
+  }();
+  return result;
 }

@@ -680,4 +680,53 @@ TEST(LongPrefixDeathTest, EndsTheProgram) {
               "sdblk_printblk: text of 209 bytes does not fit the 128 byte buffer");
 }
 
+// ---- lines to a callback ----
+
+void collect_line(void *lines, const char *bytes, std::size_t size) {
+  static_cast<std::vector<std::string> *>(lines)->emplace_back(bytes, size);
+}
+
+TEST(PrintBlockTo, CallbackGetsEachLine) {
+  BlockReader reader(
+      one('A', ControlBlockette(31).digits(7, 4).fixed("N", 1).var("Dull").digits(0, 3)));
+  const SDBlk *block = reader.decode_next();
+  const LogCapture log;
+  std::vector<std::string> lines;
+  EXPECT_EQ(sdblk_printblk_to(block, "> ", 0, collect_line, &lines), 0);
+  EXPECT_EQ(lines, std::vector<std::string>{"> 000001: A: B0031[000000,000000008,0020]: Comment "
+                                            "Description Blockette\n"});
+  lines.clear();
+  sdblk_printblk_to(block, "> ", 1, collect_line, &lines);
+  std::string text;
+  for (const std::string &line : lines) text += line;
+  EXPECT_EQ(lines.size(), lines_of(text));
+  EXPECT_EQ(log.text(), "");
+  EXPECT_EQ(text, listing(block, 1, "> "));
+}
+
+TEST(PrintBlockTo, LogGoesOnAfterwards) {
+  BlockReader reader(one('A', ControlBlockette(34).digits(1, 3).var("M").var("Metres")));
+  const SDBlk *block = reader.decode_next();
+  const LogCapture log;
+  std::vector<std::string> lines;
+  elog_notify(0, "before\n");
+  sdblk_printblk_to(block, "", 0, collect_line, &lines);
+  elog_notify(0, "after\n");
+  EXPECT_EQ(lines.size(), 1U);
+  EXPECT_EQ(log.text(), "before\nafter\n");
+}
+
+TEST(PrintBlockTo, FatalFaultIsToldToTheLog) {
+  BlockReader reader(one('A', ControlBlockette(34).digits(1, 3).var("M").var("Metres")));
+  const SDBlk *block = reader.decode_next();
+  const LogCapture log;
+  const FatalHook hook;
+  std::vector<std::string> lines;
+  const std::string prefix(120, 'p');  // with the blanks of a field more than its 128 bytes take
+  EXPECT_THROW(sdblk_printblk_to(block, prefix.c_str(), 1, collect_line, &lines), Fatal);
+  EXPECT_EQ(log.text(), "sdblk_printblk: text of 129 bytes does not fit the 128 byte buffer\n");
+  elog_notify(0, "after\n");
+  EXPECT_TRUE(log.text().ends_with("after\n"));
+}
+
 }  // namespace
