@@ -13,7 +13,7 @@ namespace {
 // Writes the fields of one list of a volume's blocks.
 class Writer {
  public:
-  Writer(LineBuffer *out, const SDBlkVol *vol) : out_(out), vol_(vol) {}
+  Writer(TextBuffer *out, const SDBlkVol *vol) : out_(out), vol_(vol) {}
 
   // "{...}"; that of a repetition has its references as last key.
   void object(const Arr *contents, const Plan &plan) {
@@ -51,7 +51,7 @@ class Writer {
     out_->put(']');
   }
 
-  LineBuffer *out_;
+  TextBuffer *out_;
   const SDBlkVol *vol_;
 };
 
@@ -139,7 +139,7 @@ void Writer::references(const Arr *contents, const Plan &plan, bool after_some) 
 
 }  // namespace
 
-void put_fields(LineBuffer *out, const SDBlk &block) {
+void put_fields(TextBuffer *out, const SDBlk &block) {
   if (block.blkdef == nullptr) {
     out->put("null");
   } else {
@@ -147,7 +147,7 @@ void put_fields(LineBuffer *out, const SDBlk &block) {
   }
 }
 
-void put_references(LineBuffer *out, const SDBlk &block) {
+void put_references(TextBuffer *out, const SDBlk &block) {
   if (block.blkdef == nullptr) return;
   const Plan &plan = plan_of(*block.blkdef);
   if (plan.has_references) Writer(out, block.vol).references(block.contents, plan, true);

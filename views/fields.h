@@ -9,11 +9,11 @@ namespace tarvik {
 
 // Writes "{...}" with the fields of a block that are there, in the order of the catalogue, or
 // "null" for a block without a definition.
-void put_fields(LineBuffer *out, const SDBlk &block);
+void put_fields(TextBuffer *out, const SDBlk &block);
 
 // Writes ",\"refs\":{...}" with the block numbers of the abbreviations that the fields of a block
 // refer to, those in groups left out; nothing where it would be empty.
-void put_references(LineBuffer *out, const SDBlk &block);
+void put_references(TextBuffer *out, const SDBlk &block);
 
 }  // namespace tarvik
 

@@ -217,9 +217,11 @@ char *put_escaped(char *out, char c) {
   return put_char(out, kHex[static_cast<std::size_t>(c) & 15]);
 }
 
+bool is_ascii(char c) { return static_cast<unsigned char>(c) < 0x80; }
+
+// The character of a byte of 128 or more.
 char *put_latin1(char *out, char c) {
   const auto byte = static_cast<unsigned char>(c);
-  if (byte < 0x80) return put_escaped(out, c);
   out = put_char(out, static_cast<char>(0xC0 | byte >> 6));
   return put_char(out, static_cast<char>(0x80 | (byte & 0x3F)));
 }
@@ -228,7 +230,7 @@ char *put_any_text(char *out, std::string_view text) {
   if (is_utf8(text)) {
     for (const char c : text) out = put_escaped(out, c);
   } else {
-    for (const char c : text) out = put_latin1(out, c);
+    for (const char c : text) out = is_ascii(c) ? put_escaped(out, c) : put_latin1(out, c);
   }
   return out;
 }
@@ -289,7 +291,7 @@ bool is_utf8(std::string_view text) {
   return true;
 }
 
-void put_json_text(LineBuffer *out, std::string_view text) {
+void put_json_text(TextBuffer *out, std::string_view text) {
   char *at = out->reserve(kMostPerByte * text.size() + 2);
   *at++ = '"';
   std::size_t plain = 0;
@@ -310,6 +312,15 @@ std::string json_text(std::string_view text) {
   *end++ = '"';
   json.resize(static_cast<std::size_t>(end - json.data()));
   return json;
+}
+
+std::string utf8_text(std::string_view text) {
+  if (is_utf8(text)) return std::string(text);
+  std::string utf8(2 * text.size(), '\0');
+  char *end = utf8.data();
+  for (const char c : text) end = is_ascii(c) ? put_char(end, c) : put_latin1(end, c);
+  utf8.resize(static_cast<std::size_t>(end - utf8.data()));
+  return utf8;
 }
 
 }  // namespace tarvik

@@ -32,9 +32,11 @@ char *put_json_nanotime(char *out, std::int64_t seconds, std::int64_t nanosecond
 
 // A text in quotes: bytes that are valid UTF-8 as they are, else every byte as the character of its
 // value; only what must be escaped is escaped.
-void put_json_text(LineBuffer *out, std::string_view text);
+void put_json_text(TextBuffer *out, std::string_view text);
 // The same as a value of its own.
 std::string json_text(std::string_view text);
+// The same text for other formats: UTF-8, without quotes, nothing escaped.
+std::string utf8_text(std::string_view text);
 
 // Whether bytes are well-formed UTF-8.
 bool is_utf8(std::string_view text);

@@ -11,13 +11,13 @@ constexpr std::size_t kFlushBytes = std::size_t{64} << 10;
 
 }  // namespace
 
-void LineBuffer::put(std::string_view text) {
+void TextBuffer::put(std::string_view text) {
   char *out = reserve(text.size());
   std::memcpy(out, text.data(), text.size());
   out_ = out + text.size();
 }
 
-void LineBuffer::grow(std::size_t bytes) {
+void TextBuffer::grow(std::size_t bytes) {
   const auto used = static_cast<std::size_t>(out_ - begin_);
   const std::size_t size =
       std::max({kFirstBytes, used + bytes, 2 * static_cast<std::size_t>(end_ - begin_)});

@@ -16,13 +16,11 @@ class LineSink {
   virtual bool write(std::string_view lines) = 0;
 };
 
-// Builds lines one after the other and hands them on many at a time, never a part of one.  For one
-// thread.  Memory is kept: a steady run of lines allocates nothing.  Throws std::bad_alloc.
-class LineBuffer {
+// Text that grows where it is written.  For one thread.  Memory is kept: texts of a steady size
+// allocate nothing.  Throws std::bad_alloc.
+class TextBuffer {
  public:
-  explicit LineBuffer(LineSink *sink) : sink_(sink) {}
-
-  // Room for bytes more of the line that is being built; commit says how far it was used.
+  // Room for bytes more; commit says how far it was used.
   char *reserve(std::size_t bytes) {
     if (bytes > static_cast<std::size_t>(end_ - out_)) grow(bytes);
     return out_;
@@ -34,8 +32,29 @@ class LineBuffer {
     *reserve(1) = c;
     ++out_;
   }
-  // Takes bytes of the line that is being built back, such as a comma too many.
+  // Takes bytes back, such as a comma too many.
   void unput(std::size_t bytes) { out_ -= bytes; }
+
+  // What was written since the start or the last clear; it lives until more is written.
+  [[nodiscard]] std::string_view text() const { return {begin_, size()}; }
+  [[nodiscard]] std::size_t size() const { return static_cast<std::size_t>(out_ - begin_); }
+  void clear() { out_ = begin_; }
+
+ private:
+  friend class LineBuffer;
+
+  void grow(std::size_t bytes);
+
+  std::unique_ptr<char[]> storage_;
+  char *begin_ = nullptr;
+  char *out_ = nullptr;
+  char *end_ = nullptr;
+};
+
+// Builds lines one after the other and hands them on many at a time, never a part of one.
+class LineBuffer : public TextBuffer {
+ public:
+  explicit LineBuffer(LineSink *sink) : sink_(sink) {}
 
   // Ends the line.  False when lines could not be written.
   bool end_line();
@@ -45,13 +64,7 @@ class LineBuffer {
   bool flush();
 
  private:
-  void grow(std::size_t bytes);
-
   LineSink *sink_;
-  std::unique_ptr<char[]> storage_;
-  char *begin_ = nullptr;
-  char *out_ = nullptr;
-  char *end_ = nullptr;
   std::size_t lines_ = 0;  // bytes of whole lines at the start
   bool good_ = true;
 };

@@ -3,6 +3,7 @@
 #include <new>
 
 #include "support/line.h"
+#include "views/csv.h"
 #include "views/json.h"
 
 namespace tarvik {
@@ -63,7 +64,7 @@ bool WholeView::pass() {
 Outcome WholeView::read(const Source &source, LineBuffer *out) {
   out_ = out;
   good_ = true;
-  file_ = json_text(source.name);
+  file_ = options_.csv ? csv_text(source.name) : json_text(source.name);
   if (!input_.open(source, options_.record_length, {take_finding, this, keep_})) return fail();
   begin(input_);
   if (!pass()) return Outcome::unwritten;

@@ -52,7 +52,7 @@ class WholeView : public View {
 
   [[nodiscard]] const ViewOptions &options() const { return options_; }
   [[nodiscard]] LineBuffer *out() const { return out_; }
-  // The file's name as a JSON text.
+  // The file's name as a JSON text, or as one of comma-separated values.
   [[nodiscard]] const std::string &file() const { return file_; }
   [[nodiscard]] const SDBlkVol *volume() const { return input_.volume(); }
   // Ends a line; a failure ends the pass.

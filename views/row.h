@@ -1,0 +1,48 @@
+// A line of named values, as a JSON object or as comma-separated values.
+#ifndef VIEWS_ROW_H_
+#define VIEWS_ROW_H_
+
+#include <cstdint>
+#include <string_view>
+
+#include "views/lines.h"
+
+namespace tarvik {
+
+// Writes one value after the other, each after a comma; one object serves any number of lines and
+// parts of lines.  Keys stand in JSON only, where they are put as they are.
+class Row {
+ public:
+  Row(TextBuffer *out, bool csv) : out_(out), csv_(csv) {}
+
+  // Begins a line with its kind, which stands in JSON only, and the file as WholeView::file() gives
+  // it.
+  void start(std::string_view kind, std::string_view file);
+
+  void text(std::string_view key, std::string_view bytes);
+  void integer(std::string_view key, std::int64_t value);
+  void real(std::string_view key, double value);
+  // The times of views/json.h.
+  void time(std::string_view key, double epoch);
+  void microtime(std::string_view key, std::int64_t microseconds);
+  void nanotime(std::string_view key, std::int64_t seconds, std::int64_t nanoseconds);
+  void null(std::string_view key) { value(key, "null"); }
+
+  // Ends the line, without its LF.
+  void finish() {
+    if (!csv_) out_->put('}');
+  }
+
+ private:
+  void put_key(std::string_view key);
+  // A JSON value that is no text, or a text of plain characters: bare in comma-separated values,
+  // and nothing where it is null.
+  void value(std::string_view key, std::string_view json);
+
+  TextBuffer *out_;
+  bool csv_;
+};
+
+}  // namespace tarvik
+
+#endif  // VIEWS_ROW_H_
