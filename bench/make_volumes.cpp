@@ -1,7 +1,7 @@
 // Writes the volumes that the benchmarks read, the same bytes each time:
 //
-//   make_volumes records 512 256 FILE    256 MiB of 512-byte data records with blockettes 1000,
-//   1001 make_volumes metadata 64 FILE        64 MiB of station metadata with long responses
+//   make_volumes records 512 256 FILE    256 MiB of 512-byte data records, blockettes 1000 and 1001
+//   make_volumes metadata 64 FILE        64 MiB of station metadata with long responses
 #include <array>
 #include <cmath>
 #include <cstdint>

@@ -7,7 +7,7 @@ find_program(LLVM_PROFDATA NAMES llvm-profdata-14 llvm-profdata REQUIRED)
 find_program(LLVM_COV NAMES llvm-cov-14 llvm-cov REQUIRED)
 
 set(programs "")
-# llvm-cov takes the first program bare and each other one behind -object.
+# llvm-cov takes the first program bare and each other one after -object.
 foreach(name IN ITEMS tarvik tests_cmd tests_seed tests_support)
   if(TARGET ${name})
     list(APPEND programs "$<TARGET_FILE:${name}>")

@@ -40,7 +40,7 @@ bool looks_like_header(std::string_view bytes, std::size_t at) {
                      bytes.begin() + static_cast<std::ptrdiff_t>(at + kSequenceSize), is_digit);
 }
 
-// The volume cut where headers stand at powers of two behind each other.
+// The volume cut where headers stand at powers of two one after the other.
 std::vector<std::string> split(const std::string &bytes) {
   std::vector<std::string> records;
   std::size_t start = 0;

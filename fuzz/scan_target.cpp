@@ -44,7 +44,7 @@ class Taker {
   std::string_view bytes_;
 };
 
-// Bytes with nothing behind them, not even a 0.
+// Bytes with nothing after them, not even a 0.
 class Exact {
  public:
   explicit Exact(std::string_view bytes) : bytes_(new char[bytes.size()]), size_(bytes.size()) {

@@ -112,7 +112,7 @@ Reading read_as_file(std::string_view bytes, const Way &way) {
 
 long exercise_volume(std::string_view bytes) {
   const Way way = way_of(bytes);
-  // A copy of the exact size, so that the byte behind it is nobody's.
+  // A copy of the exact size, so that the byte after it is nobody's.
   const std::unique_ptr<char[]> image(new char[bytes.size()]);
   bytes.copy(image.get(), bytes.size());
   const Reading reading = read_and_close(

@@ -87,7 +87,7 @@ constexpr Time kSpanBegin = {2021, 75, 6, 10};
 constexpr Time kSpanEnd = {2021, 75, 6, 30};
 constexpr Time kOrigin = {2021, 75, 6, 12, 40, 2000};
 
-// Where the parts of the volume begin.  The index blockettes in front of them need these numbers,
+// Where the parts of the volume begin.  The index blockettes before them need these numbers,
 // so drafts of the volume are written first, to learn them.
 struct Series {
   std::string_view sta;
@@ -151,7 +151,7 @@ ControlBlockette unit(Unit code, std::string_view name, std::string_view text) {
 }
 
 // ---- Responses: the same fields stand in the dictionary (41 to 48) and under a channel (53 to
-// 61), behind either a lookup code and a name or a stage number.
+// 61), after either a lookup code and a name or a stage number.
 
 ControlBlockette dictionary(int type, Response code, std::string_view name) {
   return ControlBlockette(type).digits(code, 4).var(name);
@@ -642,7 +642,7 @@ struct BroadbandPlan {
 
 // The records of a broadband channel around the arrival; the one of the onset has a detection.
 Series write_broadband_data(VolumeWriter &out, const BroadbandPlan &plan) {
-  constexpr int kPlain = (512 - 64) / 4;      // samples behind blockettes 1000 and 1001
+  constexpr int kPlain = (512 - 64) / 4;      // samples after blockettes 1000 and 1001
   constexpr int kDetected = (512 - 128) / 4;  // and 200
   const bool big = plan.order == ByteOrder::kBig;
   const int plain = plan.measured_rate > 0 ? kDetected : kPlain;

@@ -1,10 +1,12 @@
 #!/bin/sh
-# The manual pages: clean for mandoc -T lint, whose every word counts, and with examples that are true.
+# The manual pages: clean for mandoc -T lint, whose every word counts, laid out well on a terminal of 80
+# columns, and with examples that are true.
 #
 #   man_test.sh lint PAGE...
+#   man_test.sh layout PAGE...
 #   man_test.sh examples PAGE COMMAND VOLUME
 #
-# Ends with 77, the tests' "skipped", where mandoc is not there.
+# Ends with 77, the tests' "skipped", where mandoc or man-db is not there.
 set -eu
 
 # A page that refers to the other one is right where neither is installed.
@@ -16,6 +18,21 @@ lint() {
     echo "$faults"
     exit 1
   }
+}
+
+# Neither of the two programs that show pages writes beyond the edge, or breaks a table: the rest of a cell
+# stands alone then, far to the right.
+layout() {
+  command -v mandoc >/dev/null && man --version 2>/dev/null | grep -q '^man 2' || exit 77
+  export LC_ALL=C MANWIDTH=80 MAN_KEEP_FORMATTING='' PAGER=cat MANPAGER=cat
+  for page in "$@"; do
+    mandoc -T ascii -O width=80 "$page" | col -b | well_laid_out mandoc "$page"
+    man -l "$page" | col -b | well_laid_out man-db "$page"
+  done
+}
+well_laid_out() {
+  awk -v by="$1: $2" 'length($0) > 80 || /^ {40}/ && !/^ *[A-Z]+\([13]\)/ { print by ": " $0; bad = 1 }
+    END { if (NR < 50) { print by ": no page"; bad = 1 } exit bad }'
 }
 
 # Runs the command lines in the page's examples beside a copy of the volume.
@@ -37,6 +54,6 @@ examples() {
 }
 
 case $1 in
-  lint | examples) "$@" ;;
+  lint | layout | examples) "$@" ;;
   *) exit 2 ;;
 esac
