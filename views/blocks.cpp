@@ -169,7 +169,7 @@ void BlocksView::put_record(const SDBlk &record) {
 void BlocksView::block(const SDBlk &block) {
   counts_.count(block);
   if (!choice_.takes(block)) return;
-  if (block.blockette_type == SDBLK_DATA_RECORD && block.data_ptr != nullptr) {
+  if (is_data_record(block)) {
     put_record(block);
   } else {
     put_blockette(block);

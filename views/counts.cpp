@@ -7,7 +7,7 @@
 
 namespace tarvik {
 
-void BlockCounts::put(LineBuffer *out) const {
+void BlockCounts::put(TextBuffer *out) const {
   char separator = '{';
   for (const char letter : std::string_view("UVASTDRQM")) {
     char *at = out->reserve(kIntegerRoom + 8);

@@ -21,7 +21,7 @@ class BlockCounts {
     return by_letter_[static_cast<unsigned char>(letter)];
   }
   // {"U":0,"V":3,"A":25,"S":57,"T":12,"D":12,"R":8,"Q":8,"M":0}
-  void put(LineBuffer *out) const;
+  void put(TextBuffer *out) const;
 
  private:
   std::array<std::int64_t, 256> by_letter_ = {};

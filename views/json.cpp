@@ -122,6 +122,8 @@ int length_of_scientific(const ShortDecimal &decimal) {
 constexpr std::int64_t kFirstYear = 1;
 constexpr std::int64_t kLastYear = 9999;
 
+constexpr std::int64_t kTicks = 10000;  // a second
+
 struct Date {
   std::int64_t day = INT64_MIN;    // counted from 1970-01-01
   std::array<char, 16> text = {};  // "2021-03-16T"; empty for a year out of range
@@ -263,8 +265,13 @@ char *put_json_real(char *out, double value) {
                                                                    : put_scientific(out, decimal);
 }
 
+char *put_json_tick_time(char *out, std::int64_t microseconds) {
+  const std::int64_t ticks = floor_div(microseconds, 1000000 / kTicks);
+  const std::int64_t seconds = floor_div(ticks, kTicks);
+  return put_moment<4>(out, seconds, ticks - seconds * kTicks);
+}
+
 char *put_json_time(char *out, double epoch) {
-  constexpr std::int64_t kTicks = 10000;
   // Also of what is not finite; no time of a volume is near.
   if (!(std::fabs(epoch) < 1e12)) return put_text(out, "null");
   const std::int64_t ticks = std::llround(epoch * static_cast<double>(kTicks));

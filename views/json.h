@@ -25,6 +25,8 @@ inline constexpr std::size_t kIntegerRoom = 24;
 // four digits or are before the first.
 inline constexpr std::size_t kTimeRoom = 40;
 char *put_json_time(char *out, double epoch);
+// The same from microseconds; what is finer than its four decimals is cut off.
+char *put_json_tick_time(char *out, std::int64_t microseconds);
 // The same with six decimals, from microseconds.
 char *put_json_microtime(char *out, std::int64_t microseconds);
 // A file's time with nine decimals.

@@ -71,6 +71,16 @@ void Row::microtime(std::string_view key, std::int64_t microseconds) {
   value(key, text_of(room, put_json_microtime(room.data(), microseconds)));
 }
 
+void Row::cut_microtime(std::string_view key, std::int64_t microseconds) {
+  std::array<char, kTimeRoom> room;
+  value(key, text_of(room, put_json_tick_time(room.data(), microseconds)));
+}
+
+bool Row::nest(std::string_view key) {
+  if (!csv_) put_key(key);
+  return !csv_;
+}
+
 void Row::nanotime(std::string_view key, std::int64_t seconds, std::int64_t nanoseconds) {
   std::array<char, kTimeRoom> room;
   value(key, text_of(room, put_json_nanotime(room.data(), seconds, nanoseconds)));

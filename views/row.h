@@ -25,8 +25,13 @@ class Row {
   // The times of views/json.h.
   void time(std::string_view key, double epoch);
   void microtime(std::string_view key, std::int64_t microseconds);
+  void cut_microtime(std::string_view key, std::int64_t microseconds);
   void nanotime(std::string_view key, std::int64_t seconds, std::int64_t nanoseconds);
   void null(std::string_view key) { value(key, "null"); }
+
+  // Starts an object or an array, which the caller puts as JSON where the result is true; it has no
+  // place in comma-separated values.
+  bool nest(std::string_view key);
 
   // Ends the line, without its LF.
   void finish() {

@@ -65,6 +65,7 @@ Outcome WholeView::read(const Source &source, LineBuffer *out) {
   out_ = out;
   good_ = true;
   file_ = options_.csv ? csv_text(source.name) : json_text(source.name);
+  spooled_ = source.spooled;
   if (!input_.open(source, options_.record_length, {take_finding, this, keep_})) return fail();
   begin(input_);
   if (!pass()) return Outcome::unwritten;

@@ -52,11 +52,13 @@ class WholeView : public View {
 
   [[nodiscard]] const ViewOptions &options() const { return options_; }
   [[nodiscard]] LineBuffer *out() const { return out_; }
+  [[nodiscard]] bool is_csv() const { return options_.csv; }
+  [[nodiscard]] bool is_spooled() const { return spooled_; }
   // The file's name as a JSON text, or as one of comma-separated values.
   [[nodiscard]] const std::string &file() const { return file_; }
   [[nodiscard]] const SDBlkVol *volume() const { return input_.volume(); }
   // Ends a line; a failure ends the pass.
-  void end_line() { good_ = out_->end_line() && good_; }
+  bool end_line() { return good_ = out_->end_line() && good_; }
 
  private:
   static void take_finding(void *view, const SDBlkFinding *finding);
@@ -70,13 +72,18 @@ class WholeView : public View {
   SDBlk *block_ = nullptr;  // kept from file to file
   LineBuffer *out_ = nullptr;
   std::string file_;
+  bool spooled_ = false;
   std::vector<Note> notes_;  // of the block that is being decoded; kept from block to block
   std::size_t note_count_ = 0;
   bool decoding_ = false;
   bool good_ = true;
 };
 
-// Writes a note as a line of its own.
+inline bool is_data_record(const SDBlk &block) {
+  return block.blockette_type == SDBLK_DATA_RECORD && block.data_ptr != nullptr;
+}
+
+// Writes a skip or a note as a JSON object.
 void put_finding(LineBuffer *out, const std::string &file, const SDBlkFinding &finding);
 
 }  // namespace tarvik

@@ -1,0 +1,34 @@
+// Fields that views ask for, found once by their key.
+#ifndef VIEWS_PLACES_H_
+#define VIEWS_PLACES_H_
+
+#include <cstdint>
+
+#include "seed/whole.h"
+
+namespace tarvik {
+
+// A field of a definition of the catalogue.  Any thread may ask.
+class Place {
+ public:
+  // The field must exist.
+  Place(std::int32_t type, const char *key);
+
+  // The entry in a block of the type, or nullptr where the field is absent.
+  [[nodiscard]] const SDBlkEntry *in(const SDBlk &block) const {
+    return sdblk_entry_at(block.contents, fields_, position_);
+  }
+  // Each false, and nothing stored, where the field is absent or has no value.
+  bool integer(const SDBlk &block, std::int32_t *value) const;
+  bool real(const SDBlk &block, double *value) const;
+  // "" where the field is absent.
+  [[nodiscard]] const char *text(const SDBlk &block) const;
+
+ private:
+  const SDBlkFieldDef *fields_ = nullptr;
+  std::int32_t position_ = 0;
+};
+
+}  // namespace tarvik
+
+#endif  // VIEWS_PLACES_H_
