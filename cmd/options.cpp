@@ -19,7 +19,7 @@ class Arguments {
   }
   void next() { ++position_; }
 
-  // The argument behind an option, or null after a complaint.
+  // The argument after an option, or null after a complaint.
   const char *value_of(const char *option) {
     next();
     if (current() == nullptr) elog_complain(0, "Need %s argument.\n", option);

@@ -98,7 +98,7 @@ void dump_channel(const SDBlk &block, int verbosity) {
   if (verbosity != 0) dump_channel_details(block);
 }
 
-// Makes room for one more item: on a new line behind the eleventh.
+// Makes room for one more item: on a new line after the eleventh.
 void place_item() {
   if (nresps > kItemsBeforeWrap) {
     output_print("\n");

@@ -32,7 +32,7 @@ bool Arena::enter(Chunk *chunk, std::size_t bytes) noexcept {
 }
 
 void *Arena::take_from_new_chunk(std::size_t bytes) noexcept {
-  // After a reset the chunks behind the current one are empty and serve again.
+  // After a reset the chunks after the current one are empty and serve again.
   Chunk *following = current_ == nullptr ? first_ : current_->next;
   if (!enter(following, bytes)) {
     const std::size_t size = one_piece_per_chunk ? bytes : std::max(bytes, next_chunk_bytes_);

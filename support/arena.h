@@ -52,7 +52,7 @@ class Arena {
  private:
   struct Chunk {
     Chunk *next;
-    std::size_t size;  // bytes behind this header
+    std::size_t size;  // bytes after this header
   };
   static constexpr std::size_t kAlign = 8;
 

@@ -40,7 +40,7 @@ namespace tarvik {
 // nullptr.
 Arr *arr_new_pooled(std::size_t first_chunk_bytes) noexcept;
 
-// A new array in the pool of parent, with room for capacity keys and, behind arr->pairs + capacity,
+// A new array in the pool of parent, with room for capacity keys and, after arr->pairs + capacity,
 // for value_bytes of values; or nullptr.
 Arr *arr_new_nested(Arr *parent, std::uint32_t capacity, std::size_t value_bytes = 0) noexcept;
 

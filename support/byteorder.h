@@ -1,5 +1,5 @@
 /* Binary values in storage order to host order.  Each converts count values at *source, most (m) or
- * least (v) significant byte first, to result, and moves *source behind them. */
+ * least (v) significant byte first, to result, and moves *source past them. */
 #ifndef SUPPORT_BYTEORDER_H_
 #define SUPPORT_BYTEORDER_H_
 

@@ -9,7 +9,7 @@
  * Each thread has a log of its own: buffer, register, sink and die hook.  What its buffer holds is
  * also written when the thread ends.  Into one file the threads' texts come in whole lines.
  *
- * In every call flag 1 adds a second line behind the text, four blanks and the system's text for
+ * In every call flag 1 adds a second line after the text, four blanks and the system's text for
  * errno, unless errno is 0; other flags add nothing. */
 #ifndef SUPPORT_ELOG_H_
 #define SUPPORT_ELOG_H_
@@ -51,11 +51,11 @@ SDBLK_API void elog_flush(void);
 /* The errno of the first write that failed, or 0. */
 SDBLK_API int elog_write_error(void);
 
-/* For programs that embed the library; both are of the calling thread.  elog_set_die: elog_die calls
- * die with the context after it has written its texts; a die that returns is followed by exit(1), so
- * it leaves by longjmp, by a C++ exception or by ending the process.  elog_set_sink: the log's bytes
- * go to sink, in whole lines, instead of standard error; the sink must not log.  NULL restores
- * what was before either was set. */
+/* For programs that embed the library; both are of the calling thread.  elog_set_die: elog_die
+ * calls die with the context after it has written its texts; a die that returns is followed by
+ * exit(1), so it leaves by longjmp, by a C++ exception or by ending the process.  elog_set_sink:
+ * the log's bytes go to sink, in whole lines, instead of standard error; the sink must not log.
+ * NULL restores what was before either was set. */
 SDBLK_API void elog_set_die(void (*die)(void *context), void *context);
 SDBLK_API void elog_set_sink(void (*sink)(void *context, const char *bytes, size_t size),
                              void *context);

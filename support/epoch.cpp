@@ -13,6 +13,7 @@
 
 #include "support/c_locale.h"
 #include "support/civil.h"
+#include "support/digits.h"
 #include "support/line.h"
 #include "support/memory.h"
 #include "support/time_text.h"
@@ -62,9 +63,11 @@ class GrowingText {
   bool lost_ = false;
 };
 
-// An epoch in whole seconds, taken apart.
+// An epoch and its date.
 struct Moment {
-  std::int64_t seconds;
+  std::int64_t seconds;  // rounded down
+  std::int64_t fraction;
+  int decimals;  // of the fraction, which is not shown when there are none
   CivilYear date;
   tm parts;
 };
@@ -79,9 +82,20 @@ void set_month(tm &parts, bool leap_year) {
   parts.tm_mday = rest + 1;
 }
 
-Moment moment_of(double epoch) {
+// With no decimals the epoch is rounded down, else to the nearest of so many.
+Moment moment_of(double epoch, int decimals) {
   Moment moment = {};
-  moment.seconds = static_cast<std::int64_t>(std::floor(epoch));
+  const double whole = std::floor(epoch);
+  moment.seconds = static_cast<std::int64_t>(whole);
+  moment.decimals = std::clamp(decimals, 0, 9);
+  if (moment.decimals > 0) {
+    const double power = kExactPowers[static_cast<std::size_t>(moment.decimals)];
+    moment.fraction = std::llround((epoch - whole) * power);
+    if (moment.fraction == static_cast<std::int64_t>(power)) {
+      ++moment.seconds;
+      moment.fraction = 0;
+    }
+  }
   const std::int64_t day = floor_div(moment.seconds, kDaySeconds);
   const int second_of_day = static_cast<int>(moment.seconds - day * kDaySeconds);
   moment.date = civil_year(day);
@@ -99,6 +113,13 @@ void append_digits(GrowingText &text, std::int64_t value, int digits) {
   std::array<char, 32> buffer;
   const char *end = put_digits(buffer.data(), value, digits);
   text.append({buffer.data(), static_cast<std::size_t>(end - buffer.data())});
+}
+
+void append_seconds(GrowingText &text, const Moment &moment) {
+  append_digits(text, moment.parts.tm_sec, 2);
+  if (moment.decimals == 0) return;
+  text.append(".");
+  append_digits(text, moment.fraction, moment.decimals);
 }
 
 // A conversion that strftime knows, "%" included.
@@ -121,6 +142,7 @@ void append_conversion(GrowingText &text, const Moment &moment, std::string_view
   switch (conversion.size() == 2 || modified ? conversion.back() : '\0') {
     case 'Y': return append_digits(text, moment.date.year, 4);
     case 'j': return append_digits(text, moment.date.day, 3);
+    case 'S': return append_seconds(text, moment);
     case 'T': return append_format(text, moment, "%H:%M:%S");
     case 'F': return append_format(text, moment, "%Y-%m-%d");
     case 's': return append_digits(text, moment.seconds, 1);
@@ -159,11 +181,13 @@ double h2e(int32_t year, int32_t day, int32_t hour, int32_t minute, double secon
   return static_cast<double>(whole) + seconds;
 }
 
-char *epoch2str(double epoch, const char *format) {
+char *epoch2str(double epoch, const char *format) { return epoch2str_fraction(epoch, format, 0); }
+
+char *epoch2str_fraction(double epoch, const char *format, int decimals) {
   GrowingText text;
   const std::string_view whole = undated_text(epoch);
   if (whole.empty()) {
-    append_format(text, moment_of(epoch), format);
+    append_format(text, moment_of(epoch, decimals), format);
   } else {
     text.append(whole);
   }

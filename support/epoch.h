@@ -19,6 +19,12 @@ SDBLK_API double h2e(int32_t year, int32_t day, int32_t hour, int32_t minute, do
  * memory runs out. */
 SDBLK_API char *epoch2str(double epoch, const char *format);
 
+/* The same of the epoch rounded to the nearest of 1 to 9 decimals of a second, which %S and %T show
+ * after a point: 1e9 + 0.25 in the format "%Y-%m-%dT%H:%M:%SZ" with 6 decimals is
+ * 2001-09-09T01:46:40.250000Z.  (A double holds the microseconds of our times, not their
+ * nanoseconds.)  0 decimals round down and show none, as epoch2str does. */
+SDBLK_API char *epoch2str_fraction(double epoch, const char *format, int decimals);
+
 /* year * 1000 + day of year of an epoch; 0 for a NaN or a value beyond 1e15 in size. */
 SDBLK_API int32_t yearday(double epoch);
 

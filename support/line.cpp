@@ -93,8 +93,6 @@ char *put_millionths(char *out, Number value) {
 // A number of 2^43 or more, infinity, or no number.
 char *put_large_fixed(char *out, double size, int decimals) {
   constexpr std::size_t kMostBytes = 320;
-  if (std::isnan(size)) return put_text(out, "nan");
-  if (std::isinf(size)) return put_text(out, "inf");
   return std::to_chars(out, out + kMostBytes, size, std::chars_format::fixed, decimals).ptr;
 }
 
@@ -133,15 +131,9 @@ char *put_hex_piece(char *out, HexPiece piece) {
   return out + 2 * sizeof piece;
 }
 
-// Eight bytes or fewer, but one at least.
-char *put_hex_half(char *out, const char *bytes, std::size_t count) {
-  std::uint64_t half = 0;
-  if (count == sizeof half) {
-    std::memcpy(&half, bytes, sizeof half);
-  } else {
-    std::memcpy(&half, bytes, count);
-  }
-  put_hex_piece(out, reinterpret_cast<HexPiece>(HexHalves{half, 0}));
+// Eight bytes or fewer as a word; the digits of the others are surplus.
+char *put_hex_word(char *out, std::uint64_t word, std::size_t count) {
+  put_hex_piece(out, reinterpret_cast<HexPiece>(HexHalves{word, 0}));
   return out + 2 * count;
 }
 
@@ -188,14 +180,17 @@ char *put_hex(char *out, const char *bytes, std::size_t count) {
     out = put_hex_piece(out, piece);
     bytes += sizeof piece;
   }
-  if (count == 0) return out;
-  constexpr std::size_t kHalf = sizeof(HexPiece) / 2;
-  if (count > kHalf) {
-    out = put_hex_half(out, bytes, kHalf);
-    bytes += kHalf;
-    count -= kHalf;
+  std::uint64_t word = 0;
+  if (count >= sizeof word) {
+    std::memcpy(&word, bytes, sizeof word);
+    out = put_hex_word(out, word, sizeof word);
+    bytes += sizeof word;
+    count -= sizeof word;
   }
-  return put_hex_half(out, bytes, count);
+  if (count == 0) return out;
+  word = 0;
+  std::memcpy(&word, bytes, count);
+  return put_hex_word(out, word, count);
 }
 
 }  // namespace tarvik

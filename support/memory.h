@@ -12,7 +12,7 @@ void *memory_get(std::size_t bytes) noexcept;
 void *memory_get_zeroed(std::size_t bytes) noexcept;
 void *memory_resize(void *memory, std::size_t bytes) noexcept;
 void memory_free(void *memory) noexcept;
-// A copy of size bytes with a 0 byte behind them.
+// A copy of size bytes with a 0 byte after them.
 char *memory_copy_text(const char *text, std::size_t size) noexcept;
 
 // Asked before every allocation of a size; false makes it fail.  nullptr lets all pass.

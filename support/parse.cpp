@@ -50,7 +50,7 @@ struct Exponent {
   std::int64_t value;
   std::size_t length;
 };
-Exponent read_exponent(std::string_view text, char marker) {
+Exponent read_marked_exponent(std::string_view text, char marker) {
   if (text.size() < 2 || lower(text[0]) != marker) return {0, 0};
   const std::size_t first = is_sign(text[1]) ? 2 : 1;
   constexpr std::int64_t kEnough = std::int64_t{1} << 50;  // more changes nothing
@@ -63,9 +63,10 @@ Exponent read_exponent(std::string_view text, char marker) {
   return {text[1] == '-' ? -value : value, at};
 }
 
-// Digits with at most one point among them; length 0 when there is no digit.
+// Characters of the digits at the start of a text, with at most one point among them; 0 when there
+// is no digit.
 template <bool (*is_one_of_the_digits)(char)>
-std::size_t count_digits(std::string_view text) {
+std::size_t digits_length(std::string_view text) {
   std::size_t digits = 0;
   std::size_t points = 0;
   for (const char c : text) {
@@ -118,9 +119,9 @@ bool convert_short(std::string_view digits, std::int64_t exponent, double &value
 }
 
 RealPrefix read_decimal(std::string_view text) {
-  const std::size_t length = count_digits<is_decimal>(text);
+  const std::size_t length = digits_length<is_decimal>(text);
   if (length == 0) return {0.0, 0};
-  const Exponent exponent = read_exponent(text.substr(length), 'e');
+  const Exponent exponent = read_marked_exponent(text.substr(length), 'e');
   const std::string_view digits = text.substr(0, length);
   const std::string_view number = text.substr(0, length + exponent.length);
   double value = 0.0;
@@ -140,12 +141,12 @@ RealPrefix ask_strtod(std::string_view number) {
   return {value, number.size()};
 }
 
-// A number that begins with "0x"; without a digit behind that it is the 0 alone.
+// A number that begins with "0x"; without a digit after that it is the 0 alone.
 RealPrefix read_hexadecimal(std::string_view text) {
   constexpr std::size_t kPrefix = 2;
-  const std::size_t digits = count_digits<is_hexadecimal>(text.substr(kPrefix));
+  const std::size_t digits = digits_length<is_hexadecimal>(text.substr(kPrefix));
   if (digits == 0) return {0.0, 1};
-  const Exponent exponent = read_exponent(text.substr(kPrefix + digits), 'p');
+  const Exponent exponent = read_marked_exponent(text.substr(kPrefix + digits), 'p');
   return ask_strtod(text.substr(0, kPrefix + digits + exponent.length));
 }
 

@@ -13,7 +13,7 @@ typedef struct Tbl Tbl;
 /* A new, empty list, or NULL when memory runs out.  Release it with freetbl. */
 SDBLK_API Tbl *newtbl(void);
 
-/* Sets the element at position to value; -1 appends, and a position behind the end fills the gap
+/* Sets the element at position to value; -1 appends, and a position past the end fills the gap
  * with NULL.  The element that stood there is not released.  Returns the position, or -1 for
  * another negative position, for a NULL list, and when memory runs out. */
 SDBLK_API long settbl(Tbl *tbl, long position, void *value);

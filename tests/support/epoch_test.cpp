@@ -96,9 +96,57 @@ TEST(Epoch2str, OtherConversionsAreThoseOfStrftime) {
   EXPECT_EQ(text_of(kBillion, "%n%t"), "\n\t");
 }
 
-TEST(Epoch2str, ModifiersMeanNothing) { EXPECT_EQ(text_of(0.0, "%EY %Oj %Ey"), "1970 001 70"); }
+TEST(Epoch2str, ModifiersMeanNothing) {
+  EXPECT_EQ(text_of(0.0, "%EY %Oj %Ey"), "1970 001 70");
+  EXPECT_EQ(text_of(h2e(812, 42, 12, 0, 0.0), "%EY:%Oj:%OS"), "0812:042:00");
+  EXPECT_EQ(text_of(h2e(-5, 42, 12, 0, 0.0), "%EY"), "-0005");
+}
 
 TEST(Epoch2str, WidthOfAConversionIsThatOfStrftime) { EXPECT_EQ(text_of(0.0, "%5d|"), "00001|"); }
+
+std::string fraction_of(double epoch, const char *format, int decimals) {
+  char *text = epoch2str_fraction(epoch, format, decimals);
+  std::string result = text == nullptr ? "(null)" : text;
+  std::free(text);
+  return result;
+}
+
+TEST(Epoch2strFraction, FollowsTheSeconds) {
+  constexpr double kQuarter = 1e9 + 0.25;
+  EXPECT_EQ(fraction_of(kQuarter, "%Y-%m-%dT%H:%M:%SZ", 6), "2001-09-09T01:46:40.250000Z");
+  EXPECT_EQ(fraction_of(kQuarter, "%Y:%j:%T", 4), "2001:252:01:46:40.2500");
+  EXPECT_EQ(fraction_of(kQuarter, "%OS|%M|%s", 1), "40.3|46|1000000000");
+}
+
+TEST(Epoch2strFraction, IsTheNearest) {
+  // 13.1234 has no double of its own; the one at hand is less.
+  EXPECT_EQ(fraction_of(h2e(2010, 58, 6, 34, 13.1234), "%T", 4), "06:34:13.1234");
+  EXPECT_EQ(fraction_of(h2e(2010, 58, 6, 34, 13.1234), "%T", 6), "06:34:13.123400");
+  EXPECT_EQ(fraction_of(0.00004, "%S", 4), "00.0000");
+  EXPECT_EQ(fraction_of(0.00006, "%S", 4), "00.0001");
+}
+
+TEST(Epoch2strFraction, CarriesIntoTheDate) {
+  const double last = h2e(2010, 365, 23, 59, 59.99996);
+  EXPECT_EQ(fraction_of(last, "%Y:%j:%T", 4), "2011:001:00:00:00.0000");
+  EXPECT_EQ(fraction_of(last, "%Y:%j:%T", 5), "2010:365:23:59:59.99996");
+}
+
+TEST(Epoch2strFraction, BeforeTheEpochCountsUpToo) {
+  EXPECT_EQ(fraction_of(-0.25, "%Y:%j:%T", 2), "1969:365:23:59:59.75");
+}
+
+TEST(Epoch2strFraction, DecimalsArePutWithinTheirBounds) {
+  EXPECT_EQ(fraction_of(1.75, "%S", 0), "01");
+  EXPECT_EQ(fraction_of(1.75, "%S", -1), "01");
+  EXPECT_EQ(fraction_of(1.75, "%S", 9), "01.750000000");
+  EXPECT_EQ(fraction_of(1.75, "%S", 100), "01.750000000");
+}
+
+TEST(Epoch2strFraction, WithoutADateThereIsNone) {
+  EXPECT_EQ(fraction_of(kNaN, "%S", 3), "NaN");
+  EXPECT_EQ(fraction_of(-kInfinity, "%S", 3), "-Inf");
+}
 
 TEST(Epoch2str, ConversionOf32CharactersGivesNothing) {
   const std::string flags(30, '-');
@@ -187,10 +235,19 @@ TEST(Yearday, YearsThatDoNotFitSaturate) {
   EXPECT_EQ(yearday(-1e15), INT32_MIN);
 }
 
+double clock_seconds() {
+  timespec now = {};
+  clock_gettime(CLOCK_REALTIME, &now);
+  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
+}
+
+// To the microsecond, which a double holds.
 TEST(StdNow, IsTheSystemClock) {
-  const auto before = static_cast<double>(std::time(nullptr));
-  EXPECT_GE(std_now(), before - 1.0);
-  EXPECT_LE(std_now(), before + 60.0);
+  const double before = clock_seconds();
+  const double now = std_now();
+  const double after = clock_seconds();
+  EXPECT_GE(now, before - 1e-6);
+  EXPECT_LE(now, after + 1e-6);
 }
 
 TEST(StdNow, CanBeSetAndGivenBack) {

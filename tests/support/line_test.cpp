@@ -56,6 +56,17 @@ TEST(PutPadded, BlanksFillTheWidth) {
   EXPECT_EQ(text_of([](char *out) { return put_padded(out, "", 2); }), "  ");
 }
 
+TEST(PutPadded, EveryTextToEveryWidth) {
+  const std::string text = "abcdefghijklmnopqrstuvwxyz";
+  for (std::size_t size = 0; size <= text.size(); ++size) {
+    for (std::size_t width = 0; width <= text.size(); ++width) {
+      const std::string front = text.substr(0, size);
+      const std::string padded = front + std::string(width > size ? width - size : 0, ' ');
+      EXPECT_EQ(text_of([&](char *out) { return put_padded(out, front, width); }), padded);
+    }
+  }
+}
+
 TEST(PutPadded, LongTextIsNotCut) {
   EXPECT_EQ(text_of([](char *out) { return put_padded(out, "abc", 3); }), "abc");
   EXPECT_EQ(text_of([](char *out) { return put_padded(out, "abcd", 3); }), "abcd");
