@@ -5,10 +5,12 @@
 #include <string_view>
 
 #include "seed/conversion.h"
+#include "seed/line_format.h"
 #include "seed/sdblk.h"
 #include "seed/time_text.h"
 #include "support/arr_impl.h"
 #include "support/bounded.h"
+#include "support/c_text.h"
 #include "support/elog_impl.h"
 #include "support/line.h"
 
@@ -19,9 +21,8 @@ namespace {
 constexpr std::size_t kPrefixBuffer = 128;      // prefix of a block's fields
 constexpr std::size_t kRepetitionBuffer = 512;  // prefix of one repetition of a group
 constexpr std::size_t kNameBuffer = 4096;       // name of an array element, prefix of a group
-constexpr std::size_t kNameColumns = 10;
-constexpr std::int64_t kTextRow = 64;  // characters
-constexpr std::int64_t kHexRow = 32;   // bytes
+constexpr std::int64_t kTextRow = 64;           // characters
+constexpr std::int64_t kHexRow = 32;            // bytes
 constexpr std::size_t kRowColumns = 64;
 constexpr std::int64_t kFixedSection = 48;        // bytes of a data record's fixed section
 constexpr std::size_t kNumberRoom = 512;          // more than any number and fixed text of a line
@@ -213,7 +214,7 @@ class ElementStart : public LineStart<kRepetitionBuffer + kNameBuffer + kNameCol
     cut(bracket_);
     append(text.text());
     append(kBlanks.substr(std::min(name_size, kNameColumns)));
-    append(" = ");
+    append(kEquals);
   }
   // The digits are changed behind the copy: a change in front would hold it up.
   [[nodiscard]] char *put(char *out) const {
@@ -256,15 +257,11 @@ class FieldLine {
  private:
   void start(const LinePrefix &prefix, std::string_view name, std::size_t value_size) {
     out_ = prefix.put(elog_reserve(prefix.size() + name.size() + value_size + kNumberRoom));
-    out_ = put_text(put_padded(out_, name, kNameColumns), " = ");
+    out_ = put_text(put_padded(out_, name, kNameColumns), kEquals);
   }
 
   char *out_;
 };
-
-std::string_view text_of(const char *text) {
-  return text == nullptr ? std::string_view() : std::string_view(text);
-}
 
 void print_block(const SDBlk &block, std::string_view prefix, std::int32_t level);
 
@@ -308,7 +305,7 @@ void print_string_array(const SDBlkFieldDef &field, const SDBlkEntry &entry,
                         const LinePrefix &prefix) {
   ElementStart start(prefix, key_of(field));
   for (std::int32_t i = 0; i < entry.count; ++i) {
-    const std::string_view text = text_of(entry.value.sa[i]);
+    const std::string_view text = or_empty(entry.value.sa[i]);
     start.number(i);
     FieldLine(start, text.size()).finish_text(text);
   }
@@ -337,7 +334,7 @@ void print_array(const SDBlkFieldDef &field, const SDBlkEntry &entry, const Line
 }
 
 void print_string(const SDBlkFieldDef &field, const SDBlkEntry &entry, const LinePrefix &prefix) {
-  const std::string_view text = text_of(entry.value.s);
+  const std::string_view text = or_empty(entry.value.s);
   FieldLine(prefix, field, text.size()).finish_text(text);
 }
 

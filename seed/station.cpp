@@ -8,6 +8,7 @@
 #include "seed/sdblk.h"
 #include "support/arr_impl.h"
 #include "support/bounded.h"
+#include "support/c_text.h"
 #include "support/memory.h"
 
 using namespace tarvik;
@@ -87,9 +88,6 @@ Text<128> filter_key(const SDBlkSta &station, const char *chan, const char *loc)
   return joined<128>({station.net, station.sta, chan, loc});
 }
 
-// A code of a block that a program made by hand may be null.
-const char *or_empty(const char *code) { return code == nullptr ? "" : code; }
-
 // ---- allocation ----
 
 // A zeroed record, or nullptr with a message.
@@ -145,6 +143,7 @@ struct StationCode {
 bool read_station(const SDBlk &block, StationCode *code, Epoch *epoch) {
   if (sdblk::get(block.contents, "sta", &code->sta, "net", &code->net, "time", &epoch->time,
                  "endtime", &epoch->endtime) == 0) {
+    // A code of a block that a program made by hand may be null.
     *code = {or_empty(code->net), or_empty(code->sta)};
     return true;
   }

@@ -13,6 +13,7 @@
 #include "build_contact.h"
 #include "build_id.h"
 #include "support/bounded.h"
+#include "support/c_text.h"
 #include "support/elog_impl.h"
 #include "support/exec.h"
 #include "support/line.h"
@@ -44,8 +45,6 @@ const char *default_name() {
   const char *name = elog_program_name();
   return name != nullptr ? name : getexecname();
 }
-
-const char *or_empty(const char *text) { return text == nullptr ? "" : text; }
 
 void log_modification_time(const char *name) {
   const char *path = getexecname();

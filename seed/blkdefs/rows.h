@@ -25,19 +25,17 @@
 #include <string_view>
 
 #include "seed/conversion.h"
+#include "seed/line_format.h"
 #include "seed/sdblk.h"
 
 namespace tarvik::blkdefs {
 
-// Columns that a key takes in the listing.
-inline constexpr std::size_t kKeyColumns = 10;
-
-// The key as the listing shows it, padded, with the sign behind it.
+// The key as the listing shows it.
 constexpr void set_label(SDBlkFieldDef *def, std::string_view key) {
   std::size_t size = 0;
   for (const char c : key) def->label[size++] = c;
-  while (size < kKeyColumns) def->label[size++] = ' ';
-  for (const char c : std::string_view(" = ")) def->label[size++] = c;
+  while (size < kNameColumns) def->label[size++] = ' ';
+  for (const char c : kEquals) def->label[size++] = c;
   def->label_length = static_cast<std::uint8_t>(size);
 }
 
