@@ -5,7 +5,6 @@
 
 #include "support/line.h"
 #include "views/json.h"
-#include "views/plan.h"
 
 namespace tarvik {
 namespace {
@@ -29,10 +28,10 @@ class Writer {
   }
   // "refs":{...}, after a comma where something stands before.
   void references(const Arr *contents, const Plan &plan, bool after_some);
+  void value(const SDBlkEntry &entry, const Plan::Field &field);
 
  private:
   bool members(const Arr *contents, const Plan &plan);
-  void value(const SDBlkEntry &entry, const Plan::Field &field);
   void reference(std::int32_t definition);
   void null() { out_->put("null"); }
   void integer(std::int64_t value) {
@@ -151,6 +150,11 @@ void put_references(TextBuffer *out, const SDBlk &block) {
   if (block.blkdef == nullptr) return;
   const Plan &plan = plan_of(*block.blkdef);
   if (plan.has_references) Writer(out, block.vol).references(block.contents, plan, true);
+}
+
+void put_value(TextBuffer *out, const SDBlk &block, const SDBlkEntry &entry,
+               const Plan::Field &field) {
+  Writer(out, block.vol).value(entry, field);
 }
 
 }  // namespace tarvik

@@ -4,6 +4,7 @@
 
 #include "seed/whole.h"
 #include "views/lines.h"
+#include "views/plan.h"
 
 namespace tarvik {
 
@@ -14,6 +15,11 @@ void put_fields(TextBuffer *out, const SDBlk &block);
 // Writes ",\"refs\":{...}" with the block numbers of the abbreviations that the fields of a block
 // refer to, those in groups left out; nothing where it would be empty.
 void put_references(TextBuffer *out, const SDBlk &block);
+
+// Writes the value of one field of a block, or null where it has none; field is that of the entry,
+// or one of the same form.
+void put_value(TextBuffer *out, const SDBlk &block, const SDBlkEntry &entry,
+               const Plan::Field &field);
 
 }  // namespace tarvik
 
