@@ -1,7 +1,10 @@
 #include "views/epochs.h"
 
 #include <array>
+#include <string_view>
 #include <vector>
+
+#include "views/places.h"
 
 namespace tarvik {
 namespace {
@@ -18,14 +21,11 @@ const SDBlkDef &definition_of(std::int32_t type) {
   return seed_blkdefs[0];
 }
 
-std::int32_t position_of(const SDBlkDef &def, std::string_view key) {
-  std::int32_t position = 0;
-  while (position + 1 < def.nfields && key != def.fields[position].key) ++position;
-  return position;
-}
-
 bool has_field(const SDBlkDef &def, std::string_view key) {
-  return key == def.fields[position_of(def, key)].key;
+  for (std::int32_t i = 0; i < def.nfields; ++i) {
+    if (key == def.fields[i].key) return true;
+  }
+  return false;
 }
 
 // Where the fields of a counterpart stand in its dictionary blockette: one after the other, but for
@@ -79,7 +79,7 @@ bool take_stage(const SDBlk &block, const Arr *stage, const Take &take) {
   constexpr std::int32_t kNumber = 0;
   constexpr std::int32_t kResponses = 2;
   static const SDBlkFieldDef *const fields =
-      FieldPlace(kByDictionary, "stages").field().group.front().defs;
+      Place(kByDictionary, "stages").field().group.front().defs;
   const SDBlkEntry *number = sdblk_entry_at(stage, fields, kNumber);
   const SDBlkEntry *responses = sdblk_entry_at(stage, fields, kResponses);
   if (responses == nullptr) return true;
@@ -94,18 +94,6 @@ bool take_stage(const SDBlk &block, const Arr *stage, const Take &take) {
 }
 
 }  // namespace
-
-// ---- fields ----
-
-FieldPlace::FieldPlace(std::int32_t type, std::string_view key)
-    : defs_(definition_of(type).fields), position_(position_of(definition_of(type), key)) {
-  field_ = &plan_of(definition_of(type)).fields[static_cast<std::size_t>(position_)];
-}
-
-const SDBlkEntry *FieldPlace::in(const SDBlk &block) const {
-  const SDBlkEntry *entry = sdblk_entry_at(block.contents, defs_, position_);
-  return entry != nullptr && sdblk_has_value(entry) ? entry : nullptr;
-}
 
 const SDBlk *referred(const SDBlk &block, const SDBlkEntry &entry) {
   if (entry.definition <= 0) return nullptr;
@@ -145,8 +133,8 @@ void for_each_response(const SDBlk &block, const Take &take) {
     take({block.blockette_type, &block, nullptr});
     return;
   }
-  static const FieldPlace stages(kByDictionary, "stages");
-  const SDBlkEntry *entry = stages.in(block);
+  static const Place stages(kByDictionary, "stages");
+  const SDBlkEntry *entry = stages.value(block);
   if (entry == nullptr) return;
   for (std::int32_t i = 0; i < entry->count; ++i) {
     if (!take_stage(block, entry->value.ea[i], take)) return;

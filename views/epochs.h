@@ -7,30 +7,10 @@
 
 #include <cstdint>
 #include <functional>
-#include <string_view>
 
 #include "seed/whole.h"
-#include "views/plan.h"
 
 namespace tarvik {
-
-// ---- fields ----
-
-// One field of a blockette type, found once by its key.
-class FieldPlace {
- public:
-  // The catalogue must have it.
-  FieldPlace(std::int32_t type, std::string_view key);
-
-  // The entry, or null where the field is absent or has no value.
-  [[nodiscard]] const SDBlkEntry *in(const SDBlk &block) const;
-  [[nodiscard]] const Plan::Field &field() const { return *field_; }
-
- private:
-  const SDBlkFieldDef *defs_;
-  std::int32_t position_;
-  const Plan::Field *field_;
-};
 
 // The abbreviation blockette that an integer of a block refers to, or null: the first one that
 // defines the code, where it stands before the block.  Owned by the volume.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cstddef>
 #include <string_view>
 
 namespace tarvik {
@@ -16,18 +17,19 @@ Place::Place(std::int32_t type, const char *key) {
     ++position_;
     assert(position_ < def->nfields);
   }
+  field_ = &plan_of(*def).fields[static_cast<std::size_t>(position_)];
 }
 
 bool Place::integer(const SDBlk &block, std::int32_t *value) const {
-  const SDBlkEntry *entry = in(block);
-  if (entry == nullptr || !sdblk_has_value(entry)) return false;
+  const SDBlkEntry *entry = this->value(block);
+  if (entry == nullptr) return false;
   *value = entry->value.i;
   return true;
 }
 
 bool Place::real(const SDBlk &block, double *value) const {
-  const SDBlkEntry *entry = in(block);
-  if (entry == nullptr || !sdblk_has_value(entry)) return false;
+  const SDBlkEntry *entry = this->value(block);
+  if (entry == nullptr) return false;
   *value = entry->value.d;
   return true;
 }

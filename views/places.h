@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "seed/whole.h"
+#include "views/plan.h"
 
 namespace tarvik {
 
@@ -18,15 +19,24 @@ class Place {
   [[nodiscard]] const SDBlkEntry *in(const SDBlk &block) const {
     return sdblk_entry_at(block.contents, fields_, position_);
   }
+  // The same, but nullptr also where the field has no value.
+  [[nodiscard]] const SDBlkEntry *value(const SDBlk &block) const {
+    const SDBlkEntry *entry = in(block);
+    return entry != nullptr && sdblk_has_value(entry) ? entry : nullptr;
+  }
   // Each false, and nothing stored, where the field is absent or has no value.
   bool integer(const SDBlk &block, std::int32_t *value) const;
   bool real(const SDBlk &block, double *value) const;
   // "" where the field is absent.
   [[nodiscard]] const char *text(const SDBlk &block) const;
 
+  // What its value is in JSON.
+  [[nodiscard]] const Plan::Field &field() const { return *field_; }
+
  private:
   const SDBlkFieldDef *fields_ = nullptr;
   std::int32_t position_ = 0;
+  const Plan::Field *field_ = nullptr;
 };
 
 }  // namespace tarvik

@@ -6,6 +6,7 @@
 #include "support/line.h"
 #include "views/fields.h"
 #include "views/json.h"
+#include "views/places.h"
 
 namespace tarvik {
 namespace {
@@ -94,13 +95,13 @@ void Stages::clear() {
 
 void Stages::put_field(const Response &response, const SDBlkEntry &entry,
                        const Plan::Field &field) {
-  static const FieldPlace unit_name(34, "name");
+  static const Place unit_name(34, "name");
   if (!field.refers || !sdblk_has_value(&entry)) {
     put_value(&text_, *response.block, entry, field);
     return;
   }
   const SDBlk *unit = referred(*response.block, entry);
-  const SDBlkEntry *name = unit == nullptr ? nullptr : unit_name.in(*unit);
+  const SDBlkEntry *name = unit == nullptr ? nullptr : unit_name.value(*unit);
   if (name == nullptr) {
     text_.put(kNull);
   } else {

@@ -10,6 +10,7 @@
 
 #include "views/epochs.h"
 #include "views/lines.h"
+#include "views/plan.h"
 
 namespace tarvik {
 

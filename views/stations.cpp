@@ -7,6 +7,7 @@
 
 #include "views/epochs.h"
 #include "views/fields.h"
+#include "views/places.h"
 #include "views/row.h"
 #include "views/stages.h"
 #include "views/whole_view.h"
@@ -20,22 +21,18 @@ namespace {
 // that the field refers to.
 struct Column {
   std::string_view key;
-  FieldPlace place;
-  std::optional<FieldPlace> of_referred;
+  Place place;
+  std::optional<Place> of_referred;
 };
 
 constexpr std::int32_t kStation = 50;
 constexpr std::int32_t kChannel = 52;
 
-Column of_station(std::string_view key, std::string_view field) {
-  return {key, {kStation, field}, {}};
-}
-Column of_channel(std::string_view key, std::string_view field) {
-  return {key, {kChannel, field}, {}};
-}
-Column of_channel(std::string_view key, std::string_view field, std::int32_t abbreviation,
-                  std::string_view text) {
-  return {key, {kChannel, field}, FieldPlace(abbreviation, text)};
+Column of_station(std::string_view key, const char *field) { return {key, {kStation, field}, {}}; }
+Column of_channel(std::string_view key, const char *field) { return {key, {kChannel, field}, {}}; }
+Column of_channel(std::string_view key, const char *field, std::int32_t abbreviation,
+                  const char *text) {
+  return {key, {kChannel, field}, Place(abbreviation, text)};
 }
 
 using Columns = std::vector<Column>;
@@ -74,7 +71,7 @@ const Columns &channel_columns() {
 const Columns &station_columns() {
   static const Columns columns = {
       of_station("site", "name"),
-      {"network_description", {kStation, "net_gid"}, FieldPlace(33, "descr")},
+      {"network_description", {kStation, "net_gid"}, Place(33, "descr")},
       of_station("station_start", "time"),
       of_station("station_end", "endtime"),
       of_station("station_latitude", "lat"),
@@ -85,10 +82,10 @@ const Columns &station_columns() {
 }
 
 const SDBlkEntry *value_of(const SDBlk *block, const Column &column) {
-  const SDBlkEntry *entry = block == nullptr ? nullptr : column.place.in(*block);
+  const SDBlkEntry *entry = block == nullptr ? nullptr : column.place.value(*block);
   if (entry == nullptr || !column.of_referred) return entry;
   const SDBlk *abbreviation = referred(*block, *entry);
-  return abbreviation == nullptr ? nullptr : column.of_referred->in(*abbreviation);
+  return abbreviation == nullptr ? nullptr : column.of_referred->value(*abbreviation);
 }
 
 void put_cell(Row *row, std::string_view key, const SDBlkEntry *entry, Form form) {
@@ -106,14 +103,9 @@ void put_cell(Row *row, std::string_view key, const SDBlkEntry *entry, Form form
 // The values of a blockette, or of none.
 void put_cells(Row *row, const SDBlk *block, const Columns &columns) {
   for (const Column &column : columns) {
-    const FieldPlace &shown = column.of_referred ? *column.of_referred : column.place;
+    const Place &shown = column.of_referred ? *column.of_referred : column.place;
     put_cell(row, column.key, value_of(block, column), shown.field().form);
   }
-}
-
-std::string_view text_of(const SDBlk &block, const FieldPlace &place) {
-  const SDBlkEntry *entry = place.in(block);
-  return entry == nullptr ? std::string_view() : entry->value.s;
 }
 
 // ---- comments ----
@@ -135,19 +127,19 @@ class Comments {
  private:
   static constexpr std::int32_t kMost = 1000;
 
-  void put(std::string_view key, const SDBlk *block, const FieldPlace &place);
+  void put(std::string_view key, const SDBlk *block, const Place &place);
 
-  FieldPlace start_;
-  FieldPlace end_;
-  FieldPlace code_;
-  FieldPlace level_;
+  Place start_;
+  Place end_;
+  Place code_;
+  Place level_;
   TextBuffer text_;
   std::int32_t count_ = 0;
 };
 
-void Comments::put(std::string_view key, const SDBlk *block, const FieldPlace &place) {
+void Comments::put(std::string_view key, const SDBlk *block, const Place &place) {
   text_.put(key);
-  const SDBlkEntry *entry = block == nullptr ? nullptr : place.in(*block);
+  const SDBlkEntry *entry = block == nullptr ? nullptr : place.value(*block);
   if (entry == nullptr) {
     text_.put("null");
   } else {
@@ -156,10 +148,10 @@ void Comments::put(std::string_view key, const SDBlk *block, const FieldPlace &p
 }
 
 void Comments::add(const SDBlk &block) {
-  static const FieldPlace comment(31, "comment");
+  static const Place comment(31, "comment");
   if (count_ == kMost) return;
   if (count_++ > 0) text_.put(',');
-  const SDBlkEntry *code = code_.in(block);
+  const SDBlkEntry *code = code_.value(block);
   put(R"({"start":)", &block, start_);
   put(R"(,"end":)", &block, end_);
   put(R"(,"text":)", code == nullptr ? nullptr : referred(block, *code), comment);
@@ -239,32 +231,32 @@ void StationsView::put_cells(TextBuffer *text, const SDBlk *block, const Columns
 }
 
 void StationsView::begin_station(const SDBlk *block) {
-  static const FieldPlace network(kStation, "net");
-  static const FieldPlace station(kStation, "sta");
-  static const FieldPlace start(kStation, "time");
-  static const FieldPlace end(kStation, "endtime");
+  static const Place network(kStation, "net");
+  static const Place station(kStation, "sta");
+  static const Place start(kStation, "time");
+  static const Place end(kStation, "endtime");
   finish_line();
   put_cells(&codes_, block, station_codes());
   put_cells(&station_, block, station_columns());
   put_cells(&channel_, nullptr, channel_columns());
   station_comments_.clear();
-  network_code_ = block == nullptr ? "" : text_of(*block, network);
-  station_code_ = block == nullptr ? "" : text_of(*block, station);
+  network_code_ = block == nullptr ? "" : network.text(*block);
+  station_code_ = block == nullptr ? "" : station.text(*block);
   if (block == nullptr) return;
   open_ = Open::station;
-  wanted_ = choice_.takes({network_code_, station_code_, "", ""}, start.in(*block), end.in(*block));
+  wanted_ =
+      choice_.takes({network_code_, station_code_, "", ""}, start.value(*block), end.value(*block));
 }
 
 void StationsView::begin_channel(const SDBlk &block) {
-  static const FieldPlace location(kChannel, "loc");
-  static const FieldPlace channel(kChannel, "chan");
-  static const FieldPlace start(kChannel, "time");
-  static const FieldPlace end(kChannel, "endtime");
+  static const Place location(kChannel, "loc");
+  static const Place channel(kChannel, "chan");
+  static const Place start(kChannel, "time");
+  static const Place end(kChannel, "endtime");
   if (open_ == Open::channel) finish_line();
   open_ = Open::channel;
-  wanted_ = choice_.takes(
-      {network_code_, station_code_, text_of(block, location), text_of(block, channel)},
-      start.in(block), end.in(block));
+  wanted_ = choice_.takes({network_code_, station_code_, location.text(block), channel.text(block)},
+                          start.value(block), end.value(block));
   if (wanted_) put_cells(&channel_, &block, channel_columns());
   stages_.clear();
   comments_.clear();
