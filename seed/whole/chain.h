@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "support/load.h"
+
 namespace tarvik {
 
 // The bytes of a record, at least kDataHeaderBytes.
@@ -57,6 +59,27 @@ class Chain {
   std::array<std::uint16_t, kMost> taken_ = {};
   std::array<std::uint64_t, 65536 / 64> visited_ = {};  // one bit an offset
 };
+
+inline bool Chain::accepts(std::int32_t offset) const {
+  if (offset == 0 || count_ == kMost || record_.size - offset < kLinkBytes) return false;
+  const auto at = static_cast<std::size_t>(offset);
+  return (visited_[at / 64] >> at % 64 & 1) == 0;
+}
+
+inline void Chain::visit(std::int32_t offset) {
+  const auto at = static_cast<std::size_t>(offset);
+  visited_[at / 64] |= std::uint64_t{1} << at % 64;
+  taken_[count_++] = static_cast<std::uint16_t>(offset);
+}
+
+inline bool Chain::next(Link *link) {
+  if (!accepts(following_)) return false;
+  visit(following_);
+  const char *blockette = record_.bytes + following_;
+  *link = {load_u16(blockette, big_endian_), following_};
+  following_ = load_u16(blockette + 2, big_endian_);
+  return true;
+}
 
 }  // namespace tarvik
 

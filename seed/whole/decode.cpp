@@ -8,11 +8,13 @@
 #include "seed/whole/findings.h"
 #include "seed/whole/reader.h"
 #include "seed/whole/state.h"
+#include "support/load.h"
 
 namespace tarvik {
 namespace {
 
 constexpr std::int64_t kPrefixBytes = 7;
+constexpr std::int64_t kDataOffset = 44;  // of the first sample: where a record says it
 
 bool decode_blockette(const FieldsOf &of) {
   SDBlk *block = of.block;
@@ -113,13 +115,6 @@ bool decode_chain(const FieldsOf &of, const RecordBytes &bytes) {
   return true;
 }
 
-// The offset of the first sample, as the header has it.
-std::int32_t data_offset_of(const SDBlk &record) {
-  std::int32_t offset = 0;
-  sdblk_getv(record.contents, "data_offset", &offset, nullptr);
-  return offset;
-}
-
 bool decode_record(const FieldsOf &of) {
   SDBlk *record = of.block;
   const RecordBytes bytes = {record->data_ptr, record->blockette_length};
@@ -130,7 +125,7 @@ bool decode_record(const FieldsOf &of) {
   }
   record->big_endian = order.big_endian ? 1 : 0;
   if (!decode_data_fields(of, bytes.bytes + kHeaderBytes, bytes.size - kHeaderBytes)) return false;
-  record->data_offset = data_offset_of(*record);
+  record->data_offset = load_u16(bytes.bytes + kDataOffset, order.big_endian);
   return decode_chain(of, bytes);
 }
 

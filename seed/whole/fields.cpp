@@ -78,6 +78,23 @@ const char *count_key(const SDBlkFieldDef &field) {
 
 bool is_counted(const SDBlkFieldDef &field) { return field.number_entry != nullptr; }
 
+// Whether a group is of nothing but numbers of the picture that nearly all have.
+constexpr std::int32_t kPictureWidth = 12;
+constexpr std::int32_t kMostNumbers = 8;
+bool is_numbers(const SDBlkFieldDef &group) {
+  return group.nsub > 0 && group.nsub <= kMostNumbers &&
+         std::all_of(group.sub, group.sub + group.nsub, [](const SDBlkFieldDef &field) {
+           return field.stype == 'F' && field.width == kPictureWidth && field.kind == SDBLK_DOUBLE;
+         });
+}
+
+void start_entry(const SDBlkFieldDef &field, SDBlkEntry *entry) {
+  *entry = {};
+  entry->def = &field;
+  entry->count = 1;
+  entry->pooled = 1;
+}
+
 // The elements that a count promises.
 struct Count {
   std::int32_t promised;
@@ -112,6 +129,7 @@ class Decoder {
   template <std::size_t Size, typename Load>
   void binary(const SDBlkFieldDef &field, SDBlkEntry *entry, Load load);
   bool group(const SDBlkFieldDef &field, SDBlkEntry *entry);
+  bool numbers(Arr *array, SDBlkEntry *entries, const SDBlkFieldDef &field);
   bool reals(const SDBlkFieldDef &field, SDBlkEntry *entry);
   bool integers(const SDBlkFieldDef &field, SDBlkEntry *entry);
   bool texts(const SDBlkFieldDef &field, SDBlkEntry *entry);
@@ -129,7 +147,8 @@ class Decoder {
 
   Count count_of(const Arr *array, const SDBlkFieldDef &field) const;
   void check_count(const Count &count, const SDBlkFieldDef &field, std::int64_t there);
-  // Takes the elements of an array while there are bytes, count at most.
+  // Takes the elements of an array while there are bytes, as many as its count says at most.  take
+  // gets the first of so many elements and says how many it took; 0 ends all, for want of memory.
   template <typename T, typename Take>
   bool elements(const SDBlkFieldDef &field, SDBlkEntry *entry, std::int64_t width, T **result,
                 Take take);
@@ -339,67 +358,98 @@ bool Decoder::elements(const SDBlkFieldDef &field, SDBlkEntry *entry, std::int64
   if (*result == nullptr) return no_memory(field);
   std::int64_t there = 0;
   while (there < most && !source_.is_empty()) {
-    if (!take(&(*result)[there])) return false;
-    ++there;
+    const std::int64_t taken = take(&(*result)[there], most - there);
+    if (taken == 0) return false;
+    there += taken;
   }
   entry->count = static_cast<std::int32_t>(there);
   check_count(count, field, there);
   return true;
 }
 
+// Numbers of the pictures that nearly all have are read in one go.
 bool Decoder::reals(const SDBlkFieldDef &field, SDBlkEntry *entry) {
-  return elements(field, entry, std::max(field.width, 1), &entry->value.da, [&](double *element) {
-    *element = real(field);
-    return true;
+  const std::int64_t width = std::max(field.width, 1);
+  return elements(field, entry, width, &entry->value.da, [&](double *elements, std::int64_t most) {
+    const std::int64_t whole = std::min(most, source_.size() / width);
+    const std::int32_t run = field.stype != 'F'
+                                 ? 0
+                                 : picture::read_fields(source_.bytes(), field.width,
+                                                        static_cast<std::int32_t>(whole), elements);
+    source_.take(run * width);
+    if (run == 0) *elements = real(field);
+    return std::max(run, 1);
   });
 }
 
 bool Decoder::integers(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   return elements(field, entry, std::max(field.width, 1), &entry->value.ia,
-                  [&](std::int32_t *element) {
+                  [&](std::int32_t *element, std::int64_t) {
                     *element = 0;
                     number(field, element);
-                    return true;
+                    return 1;
                   });
 }
 
 bool Decoder::texts(const SDBlkFieldDef &field, SDBlkEntry *entry) {
-  return elements(field, entry, 1, &entry->value.sa, [&](char **element) {
+  return elements(field, entry, 1, &entry->value.sa, [&](char **element, std::int64_t) {
     SDBlkEntry one = {};
-    if (!text(field, &one)) return false;
+    if (!text(field, &one)) return 0;
     *element = one.value.s;
-    return true;
+    return 1;
   });
 }
 
 bool Decoder::references(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   return elements(field, entry, std::max(field.width, 1), &entry->value.ra,
-                  [&](SDBlkAbbrRef *element) {
+                  [&](SDBlkAbbrRef *element, std::int64_t) {
                     *element = {SDBLK_NO_CODE, nullptr};
                     std::int32_t definition = 0;
                     if (number(field, &element->code)) {
                       element->blk = refer(field, element->code, &definition);
                     }
-                    return true;
+                    return 1;
                   });
 }
 
 bool Decoder::group(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   Arr *const outer = array_;
+  const bool of_numbers = is_numbers(field);
   repetition_ = 0;
-  return elements(field, entry, 1, &entry->value.ea, [&](Arr **element) {
+  return elements(field, entry, 1, &entry->value.ea, [&](Arr **element, std::int64_t) {
     const auto capacity = static_cast<std::uint32_t>(field.nsub);
     *element = arr_new_nested(outer, capacity, capacity * sizeof(SDBlkEntry));
-    if (*element == nullptr) return no_memory(field);
+    if (*element == nullptr) {
+      no_memory(field);
+      return 0;
+    }
     group_ = &field;
     auto *entries = reinterpret_cast<SDBlkEntry *>((*element)->pairs + capacity);
-    const bool read = list(*element, entries, field.nsub, field.sub);
+    const bool read = (of_numbers && numbers(*element, entries, field)) ||
+                      list(*element, entries, field.nsub, field.sub);
     group_ = nullptr;
     array_ = outer;
     ++repetition_;
     stopped_ = false;  // ends its own list only
-    return read;
+    return read ? 1 : 0;
   });
+}
+
+// A repetition of nothing but numbers of one picture, where all of them are there in that form.
+bool Decoder::numbers(Arr *array, SDBlkEntry *entries, const SDBlkFieldDef &field) {
+  std::array<double, kMostNumbers> values;
+  const std::int32_t count = field.nsub;
+  if (source_.size() < count * kPictureWidth ||
+      picture::read_fields(source_.bytes(), kPictureWidth, count, values.data()) != count) {
+    return false;
+  }
+  for (std::int32_t i = 0; i < count; ++i) {
+    start_entry(field.sub[i], &entries[i]);
+    entries[i].value.d = values[static_cast<std::size_t>(i)];
+    arr_append_constant(array, field.sub[i].key, &entries[i]);
+  }
+  source_.take(count * kPictureWidth);
+  return true;
 }
 
 // ---- lists ----
@@ -456,10 +506,7 @@ bool Decoder::list(Arr *array, SDBlkEntry *entries, std::int32_t nfields,
       if (is_counted(fields[i])) check_count(count_of(array, fields[i]), fields[i], 0);
       continue;
     }
-    entries[i] = {};
-    entries[i].def = &fields[i];
-    entries[i].count = 1;
-    entries[i].pooled = 1;
+    start_entry(fields[i], &entries[i]);
     if (!field(fields[i], &entries[i])) return false;
     arr_append_constant(array, fields[i].key, &entries[i]);
   }
@@ -484,12 +531,14 @@ bool no_memory_for(const SDBlk &block) {
   return false;
 }
 
-// The time of a block that was decoded by its layout, where it is none.
+// Takes the value from the time of a block that was decoded by its layout where it is none.
 void check_time(const FieldsOf &of, const Layout &layout, const char *bytes) {
   if (layout.time_field < 0) return;
+  const char *time = bytes + layout.time_place;
+  if (is_whole_binary_time(time, of.block->big_endian != 0)) return;
   const auto field = static_cast<std::uint32_t>(layout.time_field);
   auto *entry = static_cast<SDBlkEntry *>(of.block->contents->pairs[field].value);
-  Decoder(of, bytes + layout.time_place, kBinaryTimeSize).binary_time(*entry->def, entry);
+  Decoder(of, time, kBinaryTimeSize).binary_time(*entry->def, entry);
 }
 
 }  // namespace

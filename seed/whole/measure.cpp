@@ -65,7 +65,13 @@ class Prober {
 
   [[nodiscard]] std::int64_t rest() const { return image_.size - offset_; }
   [[nodiscard]] bool header_after(std::int64_t length) const {
-    return length < rest() && header_at(image_, offset_ + length) != Header::none;
+    return kind_after(length) != Header::none;
+  }
+  // What was looked at last is not looked at again.
+  [[nodiscard]] Header kind_after(std::int64_t length) const {
+    if (length == looked_at_) return found_;
+    looked_at_ = length;
+    return found_ = length < rest() ? header_at(image_, offset_ + length) : Header::none;
   }
   [[nodiscard]] bool next_header_after(std::int64_t length, std::int32_t number) const {
     return header_after(length) &&
@@ -88,14 +94,16 @@ class Prober {
  private:
   const Image &image_;
   std::int64_t offset_;
+  mutable std::int64_t looked_at_ = -1;
+  mutable Header found_ = Header::none;
 };
 
 Measure confirmed(std::int64_t length, std::int64_t stated) {
-  return {length, stated, true, stated != 0 && stated != length, SDBLK_NOTE_LENGTH};
+  return {length, stated, true, stated != 0 && stated != length, SDBLK_NOTE_LENGTH, Header::none};
 }
 
 Measure unconfirmed(std::int64_t length, std::int64_t stated) {
-  return {length, stated, false, true, SDBLK_NOTE_UNCONFIRMED};
+  return {length, stated, false, true, SDBLK_NOTE_UNCONFIRMED, Header::none};
 }
 
 Measure measure_data(const Prober &prober, std::int64_t stated, std::int64_t in_force) {
@@ -106,7 +114,7 @@ Measure measure_data(const Prober &prober, std::int64_t stated, std::int64_t in_
         Prober::first_power([&](std::int64_t c) { return c != stated && prober.header_after(c); });
     if (other != 0) return confirmed(other, stated);
     if (stated <= rest) return unconfirmed(stated, stated);
-    return {rest, stated, false, true, SDBLK_NOTE_CUT};
+    return {rest, stated, false, true, SDBLK_NOTE_CUT, Header::none};
   }
   const std::int64_t found =
       Prober::first_power([&](std::int64_t c) { return c == rest || prober.header_after(c); });
@@ -144,7 +152,10 @@ Measure measure_record(const Image &image, std::int64_t offset, Header kind, std
   Measure measure = is_data ? measure_data(prober, stated_by_data(record, chain), in_force)
                             : measure_control(prober, record_number(record.bytes),
                                               stated_by_control(record), in_force);
-  if (measure.confirmed) return measure;
+  if (measure.confirmed) {
+    measure.next = prober.kind_after(measure.length);
+    return measure;
+  }
   // A record that nothing confirms does not swallow the next one.
   const std::int64_t from = offset + (is_data ? kDataHeaderBytes : kHeaderBytes);
   const std::int64_t end = offset + measure.length;

@@ -16,6 +16,7 @@ struct Measure {
   bool confirmed;       // by what follows
   bool has_note;
   SDBlkCause note;  // SDBLK_NOTE_LENGTH, _UNCONFIRMED or _CUT
+  Header next;      // what stands directly after it, where that was looked at and is a header
 };
 
 // The length of the record whose header, of some kind, stands at an offset.  in_force is that of

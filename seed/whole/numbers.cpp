@@ -140,15 +140,16 @@ bool read_whole_time(std::string_view text, double *epoch) {
   return true;
 }
 
+bool is_whole_binary_time(const char *bytes, bool big_endian) {
+  const std::int32_t year = load_u16(bytes, big_endian);
+  const std::int32_t day = load_u16(bytes + 2, big_endian);
+  return year >= 1 && year <= 9999 && day >= 1 && day <= 366 && ubyte_at(bytes + 4) <= 23 &&
+         ubyte_at(bytes + 5) <= 59 && ubyte_at(bytes + 6) <= 60;
+}
+
 bool read_whole_binary_time(const char *bytes, bool big_endian, double *epoch) {
-  const Clock clock = {load_u16(bytes, big_endian), load_u16(bytes + 2, big_endian),
-                       ubyte_at(bytes + 4),         ubyte_at(bytes + 5),
-                       ubyte_at(bytes + 6),         load_u16(bytes + 8, big_endian)};
-  if (clock.year < 1 || clock.year > 9999 || clock.day < 1 || clock.day > 366 || clock.hour > 23 ||
-      clock.minute > 59 || clock.second > 60) {
-    return false;
-  }
-  *epoch = epoch_of(clock);
+  if (!is_whole_binary_time(bytes, big_endian)) return false;
+  *epoch = binary_time_at(bytes, big_endian);
   return true;
 }
 

@@ -17,7 +17,8 @@ bool read_whole_real(std::string_view text, double *value);
 // "YYYY[,D[DD][,H[H][:M[M][:S[S][.F*]]]]]", in epoch seconds; of the fraction four digits count.
 bool read_whole_time(std::string_view text, double *epoch);
 
-// The ten bytes of a binary time.
+// Whether the ten bytes of a binary time are one, and its value.
+bool is_whole_binary_time(const char *bytes, bool big_endian);
 bool read_whole_binary_time(const char *bytes, bool big_endian, double *epoch);
 
 }  // namespace tarvik

@@ -34,7 +34,7 @@ bool find_record(SDBlkVol *vol, Header *kind) {
   const Image image = image_of(vol);
   const std::int64_t start = whole->next;
   if (start >= image.size) return false;
-  *kind = header_at(image, start);
+  *kind = whole->header != Header::none ? whole->header : header_at(image, start);
   if (*kind != Header::none) return true;
   std::int64_t end = start + 1;
   bool padding = is_padding(image.bytes + start, 1);
@@ -91,6 +91,7 @@ void enter_record(SDBlkVol *vol, Header kind) {
   whole->record = {offset, measure.length, number, header[6]};
   whole->pos = kind == Header::control ? kHeaderBytes : 0;
   whole->next = offset + measure.length;
+  whole->header = measure.next;
   vol->logical_sequence = number;
   vol->logical_length = static_cast<std::int32_t>(measure.length);
   vol->record_type = header[6];
@@ -100,7 +101,9 @@ void enter_record(SDBlkVol *vol, Header kind) {
 // Whether the record that follows directly goes on with a blockette of the present one.
 bool next_record_continues(const SDBlkVol *vol) {
   const SDBlkWhole &whole = *vol->whole;
-  if (header_at(image_of(vol), whole.next) != Header::control) return false;
+  const Header kind =
+      whole.header != Header::none ? whole.header : header_at(image_of(vol), whole.next);
+  if (kind != Header::control) return false;
   const char *header = vol->image + whole.next;
   const int signs = (header[6] == whole.record.letter ? 1 : 0) +
                     (is_one_above(record_number(header), whole.record.number) ? 1 : 0) +

@@ -27,8 +27,9 @@ struct SDBlkWhole {
 
   SDBlkWholeOptions options;
   SDBlkWholeCounts counts = {};
-  std::int64_t in_force = 0;  // the record length
-  std::int64_t next = 0;      // offset at which the next record is looked for
+  std::int64_t in_force = 0;                     // the record length
+  std::int64_t next = 0;                         // offset at which the next record is looked for
+  tarvik::Header header = tarvik::Header::none;  // what stands there, or none where nobody looked
   tarvik::Record record;
   std::int64_t pos = 0;  // in a control record: how far it is read, from its start; else 0
   tarvik::Chain chain;
