@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "cmd/options.h"
+#include "support/progress_line.h"
 
 namespace tarvik {
 
@@ -24,10 +25,8 @@ class ProgressText {
   ProgressText(std::int64_t offset, std::int64_t size, double seconds);
   [[nodiscard]] std::string_view view() const { return text_.data(); }
 
-  static constexpr std::size_t kMostColumns = 79;
-
  private:
-  std::array<char, kMostColumns + 1> text_ = {};
+  std::array<char, ProgressLine::kMostColumns + 1> text_ = {};
 };
 
 // Shows the line, as much of it as fits the terminal, once the run has lasted longer than the
@@ -48,26 +47,19 @@ class Progress {
   void at(std::int64_t offset) {
     if (offset >= next_look_) look(offset);
   }
-  void erase();
+  void erase() { line_.erase(); }
 
  private:
   using Clock = std::chrono::steady_clock;
 
   void look(std::int64_t offset);
-  void show(std::string_view line);
-  char *put_erasure(char *out) const;
-  void write_or_forget(std::string_view bytes);
   void catch_signals();
 
-  static constexpr std::size_t kMostColumns = ProgressText::kMostColumns;
-
-  int descriptor_;
+  ProgressLine line_;
   std::int64_t size_;
   std::int64_t next_look_ = std::numeric_limits<std::int64_t>::max();
   Clock::time_point start_;
   Clock::time_point next_show_;
-  bool dumb_ = false;      // the terminal knows the carriage return at most
-  std::size_t shown_ = 0;  // columns of the line that is there
   std::array<struct sigaction, kSignals> before_ = {};
 };
 

@@ -1,6 +1,5 @@
 #include "support/stream.h"
 
-#include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -10,6 +9,7 @@
 #include <cstdlib>
 
 #include "support/terminal.h"
+#include "support/write_all.h"
 
 namespace tarvik {
 
@@ -26,24 +26,6 @@ TARVIK_THREAD_LOCAL TerminalCall before_terminal = {};
 
 void clear_terminal() {
   if (before_terminal.call != nullptr) before_terminal.call(before_terminal.context);
-}
-
-// Writes everything and returns 0, or the errno of the failure.
-int write_all(int descriptor, const char *bytes, std::size_t size) {
-  while (size > 0) {
-    const ssize_t written = write(descriptor, bytes, size);
-    if (written >= 0) {
-      bytes += written;
-      size -= static_cast<std::size_t>(written);
-    } else if (errno == EAGAIN) {
-      // Somebody made the descriptor non-blocking: wait until it takes more.
-      pollfd writable{descriptor, POLLOUT, 0};
-      poll(&writable, 1, -1);
-    } else if (errno != EINTR) {
-      return errno;
-    }
-  }
-  return 0;
 }
 
 std::size_t committed_bytes(const Stream &stream) {
