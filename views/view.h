@@ -2,6 +2,7 @@
 #ifndef VIEWS_VIEW_H_
 #define VIEWS_VIEW_H_
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -16,6 +17,8 @@ struct Source {
   std::string name;  // as the lines say it
   std::string path;  // where it is opened; another one for standard input, which is spooled
   bool spooled = false;
+  // Where the view tells, for every block, how many bytes of the file it has read; or nullptr.
+  std::atomic<std::int64_t> *position = nullptr;
 };
 
 enum class Outcome : std::uint8_t {

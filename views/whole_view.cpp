@@ -50,6 +50,9 @@ SDBlkFinding WholeView::Note::finding() const {
 bool WholeView::pass() {
   int result = 0;
   while (good_ && (result = sdblk_parseblk(input_.volume(), &block_)) >= 0 && result != SDBLK_EOF) {
+    if (position_ != nullptr) {
+      position_->store(input_.volume()->offset, std::memory_order_relaxed);
+    }
     note_count_ = 0;
     decoding_ = true;
     const int decoded = sdblk_unstuffblk(block_);
@@ -66,10 +69,12 @@ Outcome WholeView::read(const Source &source, LineBuffer *out) {
   good_ = true;
   file_ = options_.csv ? csv_text(source.name) : json_text(source.name);
   spooled_ = source.spooled;
+  position_ = source.position;
   if (!input_.open(source, options_.record_length, {take_finding, this, keep_})) return fail();
   begin(input_);
   if (!pass()) return Outcome::unwritten;
   if (input_.changed()) return fail();
+  if (position_ != nullptr) position_->store(input_.size(), std::memory_order_relaxed);
   const SDBlkWholeCounts counts = sdblk_whole_counts(input_.volume());
   end(counts);
   if (!good_) return Outcome::unwritten;

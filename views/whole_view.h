@@ -2,7 +2,9 @@
 #ifndef VIEWS_WHOLE_VIEW_H_
 #define VIEWS_WHOLE_VIEW_H_
 
+#include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -73,6 +75,7 @@ class WholeView : public View {
   LineBuffer *out_ = nullptr;
   std::string file_;
   bool spooled_ = false;
+  std::atomic<std::int64_t> *position_ = nullptr;
   std::vector<Note> notes_;  // of the block that is being decoded; kept from block to block
   std::size_t note_count_ = 0;
   bool decoding_ = false;

@@ -1,0 +1,75 @@
+#include "sdblk/option_list.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+
+namespace tarvik {
+
+namespace {
+
+// An option that is given at most so many times (-1: any), each time with one argument.  What looks
+// like a list is not taken apart; that is switched off last, for expected switches it on.
+void add(CLI::App *app, const char *names, const char *value, int most,
+         const OptionList::Take &take, const char *purpose) {
+  const auto take_all = [take, names](const std::vector<std::string> &arguments) {
+    for (const std::string &argument : arguments) {
+      const std::string fault = take(argument);
+      if (!fault.empty()) throw CLI::ValidationError(names, fault);
+    }
+    return true;
+  };
+  CLI::Option *option = app->add_option(names, take_all, purpose);
+  option->type_name(value)->type_size(1)->expected(most);
+  if (most < 0) option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  option->allow_extra_args(false);
+}
+
+OptionList::Take appending_to(std::vector<std::string> *variable) {
+  return [variable](const std::string &argument) {
+    variable->push_back(argument);
+    return std::string();
+  };
+}
+
+}  // namespace
+
+void OptionList::flag(const char *names, bool *variable, const char *purpose) {
+  app_->add_flag(names, *variable, purpose);
+}
+
+void OptionList::path(const char *names, const char *value, std::string *variable,
+                      const char *purpose) {
+  const auto take = [variable](const std::string &argument) {
+    *variable = argument;
+    return argument.empty() ? "the path is empty" : "";
+  };
+  argument(names, value, take, purpose);
+}
+
+void OptionList::texts(const char *names, const char *value, std::vector<std::string> *variable,
+                       const char *purpose) {
+  arguments(names, value, appending_to(variable), purpose);
+}
+
+void OptionList::argument(const char *names, const char *value, const Take &take,
+                          const char *purpose) {
+  add(app_, names, value, 1, take, purpose);
+}
+
+void OptionList::arguments(const char *names, const char *value, const Take &take,
+                           const char *purpose) {
+  add(app_, names, value, -1, take, purpose);
+}
+
+void OptionList::rest(const char *value, std::vector<std::string> *variable, const char *purpose) {
+  add(app_, value, "", -1, appending_to(variable), purpose);
+}
+
+bool read_integer(const std::string &text, std::int32_t least, std::int32_t most,
+                  std::int32_t *value) {
+  const char *end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, *value);
+  return error == std::errc() && stop == end && *value >= least && *value <= most;
+}
+
+}  // namespace tarvik

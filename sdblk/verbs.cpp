@@ -1,0 +1,28 @@
+#include "sdblk/verbs.h"
+
+#include <array>
+
+#include "sdblk/blocks.h"
+#include "sdblk/segments.h"
+#include "sdblk/volumes.h"
+#include "views/segments.h"
+#include "views/volumes.h"
+
+namespace tarvik {
+
+namespace {
+
+// clang-format off
+//   name        purpose                                            options            heading            schema
+constexpr std::array kVerbs = {
+ Verb{"blocks",   "Every blockette and data record, field by field", declare_blocks,   nullptr,           nullptr},
+ Verb{"volumes",  "One line a file: what it is, what it holds",      declare_volumes,  volumes_heading,   nullptr},
+ Verb{"segments", "One line a continuous stretch of data",           declare_segments, segments_heading,  nullptr},
+};
+// clang-format on
+
+}  // namespace
+
+std::span<const Verb> verbs() { return kVerbs; }
+
+}  // namespace tarvik
