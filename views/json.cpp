@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -23,10 +24,12 @@ constexpr double kFewest = 1e7;  // numbers of kFewDigits digits begin here
 constexpr double kMost = 1e8;
 
 int decimal_exponent(double size) {
-  int exponent = 0;
-  std::frexp(size, &exponent);
-  // log10(2), rounded so that the guess is right or one too low.
-  return static_cast<int>(std::floor((exponent - 1) * 0.30102999566398));
+  constexpr int kMantissaBits = 52;
+  constexpr int kBias = 1023;
+  const int exponent =
+      static_cast<int>(std::bit_cast<std::uint64_t>(size) >> kMantissaBits) - kBias;
+  // log10(2) as a fraction, rounded so that the guess is right or one too low.
+  return exponent * 78913 >> 18;
 }
 
 double scaled(double value, int power) {
@@ -34,23 +37,31 @@ double scaled(double value, int power) {
                    : value * kExactPowers[static_cast<std::size_t>(power)];
 }
 
+// Eight digits, each in a byte, the first in the lowest.  All are split at once: in halves, in
+// pairs, in digits.
+std::uint64_t eight_digits(std::uint32_t value) {
+  const std::uint64_t halves = value / 10000 | std::uint64_t{value % 10000} << 32;
+  const std::uint64_t hundreds = halves * 10486 >> 20 & 0x0000007F0000007F;
+  const std::uint64_t pairs = hundreds | (halves - hundreds * 100) << 16;
+  const std::uint64_t tens = pairs * 103 >> 10 & 0x000F000F000F000F;
+  return tens | (pairs - tens * 10) << 8;
+}
+
 bool few_digits(double size, ShortDecimal *decimal) {
   int exponent = decimal_exponent(size);
   int power = kFewDigits - 1 - exponent;
   constexpr int kMostPower = static_cast<int>(kExactPowers.size()) - 1;
   if (power - 1 < -kMostPower || power > kMostPower) return false;
-  double mantissa = std::nearbyint(scaled(size, power));
-  if (mantissa >= kMost) {
+  double mantissa = scaled(size, power);
+  if (mantissa >= kMost - 0.5) {
     ++exponent;
-    mantissa = std::nearbyint(scaled(size, --power));
+    mantissa = scaled(size, --power);
   }
-  if (mantissa < kFewest || mantissa >= kMost || scaled(mantissa, -power) != size) return false;
-  auto digits = static_cast<std::uint32_t>(mantissa);
-  for (int at = kFewDigits - 2; at >= 0; at -= 2) {
-    put_pair(decimal->digits + at, digits % 100);
-    digits /= 100;
-  }
-  decimal->size = kFewDigits;
+  const auto number = static_cast<std::uint32_t>(mantissa + 0.5);
+  if (number < kFewest || number >= kMost || scaled(number, -power) != size) return false;
+  const std::uint64_t digits = eight_digits(number);
+  store_eight(decimal->digits, digits | kEightZeros);
+  decimal->size = kFewDigits - std::countl_zero(digits) / 8;
   decimal->exponent = exponent;
   return true;
 }
@@ -66,6 +77,7 @@ void all_digits(double size, ShortDecimal *decimal) {
   for (const char *c = text.data(); c != mark; ++c) {
     if (*c != '.') decimal->digits[decimal->size++] = *c;
   }
+  while (decimal->size > 1 && decimal->digits[decimal->size - 1] == '0') --decimal->size;
   const char *sign = mark + 1;
   std::from_chars(*sign == '+' ? sign + 1 : sign, end, decimal->exponent);
 }
@@ -82,8 +94,7 @@ char *put_zeros(char *out, int count) {
 }
 
 char *put_digits_of(char *out, const ShortDecimal &decimal, int from, int to) {
-  std::memcpy(out, decimal.digits + from, static_cast<std::size_t>(to - from));
-  return out + (to - from);
+  return put_text(out, {decimal.digits + from, static_cast<std::size_t>(to - from)});
 }
 
 // As "123", "12.3" or "0.0123".
@@ -250,7 +261,6 @@ ShortDecimal short_decimal(double value) {
     return decimal;
   }
   if (!few_digits(size, &decimal)) all_digits(size, &decimal);
-  while (decimal.size > 1 && decimal.digits[decimal.size - 1] == '0') --decimal.size;
   return decimal;
 }
 
