@@ -4,8 +4,10 @@
 
 #include "sdblk/blocks.h"
 #include "sdblk/segments.h"
+#include "sdblk/stations.h"
 #include "sdblk/volumes.h"
 #include "views/segments.h"
+#include "views/stations.h"
 #include "views/volumes.h"
 
 namespace tarvik {
@@ -17,6 +19,7 @@ namespace {
 constexpr std::array kVerbs = {
  Verb{"blocks",   "Every blockette and data record, field by field", declare_blocks,   nullptr,           nullptr},
  Verb{"volumes",  "One line a file: what it is, what it holds",      declare_volumes,  volumes_heading,   nullptr},
+ Verb{"stations", "One line a channel epoch, with its response",     declare_stations, stations_heading,  nullptr},
  Verb{"segments", "One line a continuous stretch of data",           declare_segments, segments_heading,  nullptr},
 };
 // clang-format on
