@@ -6,6 +6,7 @@
 #include "sdblk/segments.h"
 #include "sdblk/stations.h"
 #include "sdblk/volumes.h"
+#include "views/schema.h"
 #include "views/segments.h"
 #include "views/stations.h"
 #include "views/volumes.h"
@@ -17,10 +18,10 @@ namespace {
 // clang-format off
 //   name        purpose                                            options            heading            schema
 constexpr std::array kVerbs = {
- Verb{"blocks",   "Every blockette and data record, field by field", declare_blocks,   nullptr,           nullptr},
- Verb{"volumes",  "One line a file: what it is, what it holds",      declare_volumes,  volumes_heading,   nullptr},
- Verb{"stations", "One line a channel epoch, with its response",     declare_stations, stations_heading,  nullptr},
- Verb{"segments", "One line a continuous stretch of data",           declare_segments, segments_heading,  nullptr},
+ Verb{"blocks",   "Every blockette and data record, field by field", declare_blocks,   nullptr,           blocks_schema},
+ Verb{"volumes",  "One line a file: what it is, what it holds",      declare_volumes,  volumes_heading,   volumes_schema},
+ Verb{"stations", "One line a channel epoch, with its response",     declare_stations, stations_heading,  stations_schema},
+ Verb{"segments", "One line a continuous stretch of data",           declare_segments, segments_heading,  segments_schema},
 };
 // clang-format on
 
