@@ -186,7 +186,9 @@ const Layout *find_layout(const SDBlkDef &def) {
   return nullptr;
 }
 
-bool unpack_layout(const Layout &layout, Arr *array, const char *bytes, bool big_endian) {
+// In place where strict reading calls it: a call for each block of a data record costs 2 % of all.
+[[gnu::always_inline]] static inline bool unpack_in_place(const Layout &layout, Arr *array,
+                                                          const char *bytes, bool big_endian) {
   LayoutPlace place = {};
   if (!take_place(layout, array->pool, &place)) return false;
   (big_endian ? layout.unpack_big : layout.unpack_little)(bytes, place);
@@ -196,6 +198,10 @@ bool unpack_layout(const Layout &layout, Arr *array, const char *bytes, bool big
   return true;
 }
 
+bool unpack_layout(const Layout &layout, Arr *array, const char *bytes, bool big_endian) {
+  return unpack_in_place(layout, array, bytes, big_endian);
+}
+
 int unpack_fields(Arr **contents, Feed feed, const WalkContext &context, const SDBlkDef &def) {
   Arr *array = *contents;
   const Layout *layout = find_layout(def);
@@ -203,7 +209,7 @@ int unpack_fields(Arr **contents, Feed feed, const WalkContext &context, const S
       array->count != 0 || array->pool == nullptr) {
     return walk_fields(contents, &feed, context, 1, def.nfields, def.fields, nullptr);
   }
-  return unpack_layout(*layout, array, feed.cursor, context.big_endian)
+  return unpack_in_place(*layout, array, feed.cursor, context.big_endian)
              ? 0
              : report_entry(def.fields[0]);
 }
