@@ -32,17 +32,34 @@ SDBlk *new_block(std::size_t contents_bytes) {
   return &owned->block;
 }
 
+// What a program has put there goes; what it has taken over stays, and is no longer ours.
 void release_raw(SDBlk *block) {
-  if (block->storage == nullptr || block->blockette_raw != block->storage->raw) {
+  SDBlkStorage *storage = block->storage;
+  const bool in_use = storage != nullptr && storage->raw_in_use;
+  if (!in_use || block->blockette_raw != storage->raw) {
     memory_free(block->blockette_raw);
+    if (in_use) storage->raw = nullptr;
+    if (in_use) storage->raw_capacity = 0;
   }
+  if (in_use) storage->raw_in_use = false;
   block->blockette_raw = nullptr;
+}
+
+// The bookkeeping, made now for a block that a program has made by hand; or nullptr.
+SDBlkStorage *storage_of(SDBlk *block) {
+  if (block->storage != nullptr) return block->storage;
+  void *piece = memory_get(sizeof(SDBlkStorage));
+  if (piece == nullptr) return nullptr;
+  block->storage = new (piece) SDBlkStorage{};
+  block->storage->separate = true;
+  return block->storage;
 }
 
 void release_memory(SDBlk *block) {
   release_raw(block);
   freearr(block->contents, free_sdblk_entry);
   if (block->storage != nullptr) memory_free(block->storage->raw);
+  if (block->storage != nullptr && block->storage->separate) memory_free(block->storage);
   memory_free(block);
 }
 
@@ -77,6 +94,15 @@ bool is_chained(const SDBlk *block) { return block->storage != nullptr && block-
 
 SDBlk *block_new() noexcept { return new_block(kContentsBytes); }
 
+SDBlk *block_start(SDBlk **blkp) noexcept {
+  if (*blkp == nullptr) {
+    *blkp = block_new();
+    return *blkp;
+  }
+  sdblk_clear(*blkp);
+  return storage_of(*blkp) == nullptr ? nullptr : *blkp;
+}
+
 long block_size() noexcept { return static_cast<long>(sizeof(SDBlk)); }
 
 bool block_take_raw(SDBlk *block, std::int32_t length) noexcept {
@@ -90,11 +116,13 @@ bool block_take_raw(SDBlk *block, std::int32_t length) noexcept {
     storage->raw_capacity = bytes;
   }
   block->blockette_raw = storage->raw;
+  storage->raw_in_use = true;
   return true;
 }
 
 SDBlk *block_take_chained(SDBlk *record) noexcept {
-  SDBlkStorage *storage = record->storage;
+  SDBlkStorage *storage = storage_of(record);
+  if (storage == nullptr) return nullptr;
   SDBlk *chained = storage->chain_spare;
   if (chained != nullptr) {
     storage->chain_spare = chained->storage->chain_following;
@@ -197,6 +225,7 @@ SDBlk *sdblk_copy(const SDBlk *block) {
     std::memcpy(copy->storage->raw, block->blockette_raw, static_cast<std::size_t>(length));
     copy->storage->raw_capacity = static_cast<std::size_t>(length);
     copy->blockette_raw = copy->storage->raw;
+    copy->storage->raw_in_use = true;
   }
   if (block->contents == nullptr) return copy;
   copy->contents = sdblk_copy_entry_arr(block->contents);

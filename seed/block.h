@@ -18,6 +18,8 @@ struct SDBlkStorage {
   SDBlk *chain_first;        // a record's data blockettes, in the order of their making
   SDBlk *chain_spare;        // the first of them that is not in use
   SDBlk *chain_following;    // a data blockette: the one made after it
+  bool raw_in_use;           // blockette_raw was set to raw
+  bool separate;             // of a block made by hand: an allocation of its own
   bool chained;              // a data blockette: belongs to its record's block
   bool shares_chain;         // a copy: next belongs to the original
   bool reported;             // whole reading: decoded before, and its notes told
@@ -29,6 +31,9 @@ namespace tarvik {
 
 // A new zero-filled block with empty contents, or nullptr.  errno tells why.
 SDBlk *block_new() noexcept;
+
+// A block to be filled: *blkp emptied, or a new one.  nullptr when memory runs out.
+SDBlk *block_start(SDBlk **blkp) noexcept;
 
 // Size of a block, for messages.
 long block_size() noexcept;

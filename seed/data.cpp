@@ -195,7 +195,7 @@ int decode_chain(const WalkContext &context, SDBlk *blk, const Record &record,
 }  // namespace
 
 int sdblk_unstuff_dblk(SDBlkVol *vol, SDBlk *block) {
-  if (block->data_ptr == nullptr) {
+  if (block->data_ptr == nullptr || vol == nullptr) {
     elog_log(0, "sdblk_unstuff_dblk: B%4.4d at %c:%6.6d is no data record\n", block->blockette_type,
              block->record_type, block->logical_sequence);
     return -1;
@@ -205,6 +205,7 @@ int sdblk_unstuff_dblk(SDBlkVol *vol, SDBlk *block) {
   block_drop_chain(block);
   block_forget_fields(block);
   block->big_endian = context.big_endian ? 1 : 0;
+  if (block->blkdef == nullptr) block->blkdef = seed_blkdefs_index[SDBLK_DATA_RECORD];
   if (unpack_fields(&block->contents, feed_from(record, kHeaderSize), context, *block->blkdef) <
       0) {
     return -1;

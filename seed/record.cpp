@@ -137,13 +137,8 @@ bool read_header(SDBlkVol *vol) {
 
 // The caller's block, emptied, or a new one; with what every block holds filled in.
 SDBlk *start_block(SDBlkVol *vol, SDBlk **blkp, std::int32_t type) {
-  if (*blkp == nullptr) {
-    *blkp = block_new();
-    if (*blkp == nullptr) return nullptr;
-  } else {
-    sdblk_clear(*blkp);
-  }
-  SDBlk *blk = *blkp;
+  SDBlk *blk = block_start(blkp);
+  if (blk == nullptr) return nullptr;
   blk->block_number = vol->nblocks;
   // Wraps in volumes of more than 2^31 blocks.
   vol->nblocks = static_cast<std::int32_t>(static_cast<std::uint32_t>(vol->nblocks) + 1);

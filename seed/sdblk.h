@@ -70,13 +70,12 @@
  * Lifetimes.  What sdblk_getv hands out is borrowed from the block and lives until the block is
  * cleared, freed, decoded again, or refilled by sdblk_parseblk; sdblk_copy makes a copy that stays.
  * data_ptr points into the volume's image and lives as long as the volume.  So do the abbreviation
- * blocks that fields refer to, also those of copies and of stations: texts and numbers of a copy
- * outlive its volume, but after that its references must not be followed, and it must not be listed
+ * blocks that fields refer to.  Texts and numbers of any block, copy or station outlive its volume,
+ * but then its references must not be followed, and it must not be decoded or listed
  * (sdblk_printblk follows them).  Decode a block before the next one is cut: a data record is
  * decoded with the volume's record length, and an abbreviation goes into the dictionary as a copy
- * of the block cut last (SDBlkVol.current).  Blocks do not keep their volume alive: release every
- * block before its volume, and keep the block that sdblk_parseblk filled last until reading is
- * done.
+ * of the block cut last (SDBlkVol.current): keep that block until reading is done.  Blocks do not
+ * keep their volume alive, and may be released after it.
  *
  * Threads.  Threads may read different volumes at the same time.  A volume, its blocks, and the
  * stations, lists and arrays made of them are used by one thread at a time; nothing is locked.  The
@@ -288,7 +287,8 @@ struct SDBlk {
   int64_t data_offset;      /* data record: offset of its first sample from its start; else 0 */
   int32_t big_endian;       /* data: nonzero when its binary fields have the high byte first */
   char *blockette_raw;      /* control blockette: its blockette_length bytes and one 0 byte; in a
-                               copy without the 0; else NULL.  Owned by the block */
+                               copy without the 0; else NULL.  Owned by the block, from malloc; a
+                               program that takes it over sets NULL here */
   const SDBlkDef *blkdef;   /* definition, or NULL for a type that the catalogue does not know */
   Arr *contents;            /* decoded fields: key -> SDBlkEntry; empty until decoded */
   SDBlk *next;              /* data record, decoded: the first blockette behind its header, then the
@@ -299,7 +299,7 @@ struct SDBlk {
 };
 
 /* A deep copy of a block (fields and raw bytes; volume, definition, chain and referenced blocks are
- * shared), or NULL with a message registered when memory runs out or block is NULL. */
+ * shared), or NULL with a message registered when memory runs out.  NULL gives NULL. */
 SDBLK_API SDBlk *sdblk_copy(const SDBlk *block);
 
 /* Empties a block for reuse: its chain, raw bytes and fields go; contents stays, empty.  Memory is
@@ -357,17 +357,17 @@ SDBLK_API SDBlkVol *sdblk_new(const char *filename, const char *buffer, int32_t 
 SDBLK_API void sdblk_freevol(SDBlkVol *vol);
 
 /* Releases the volume with everything that belongs to it: mapping, descriptor, dictionary and the
- * abbreviation blocks in it.  Release every block of the volume first.  NULL does nothing. */
+ * abbreviation blocks in it.  NULL does nothing. */
 SDBLK_API void sdblk_closevol(SDBlkVol *vol);
 
 /* Cuts the next block out of the volume.  *blkp is NULL before the first call, which allocates the
- * block; later calls clear and refill it.  Returns the blockette length of a control blockette (0
- * or more; see the note on length 0 above), 0 for a data record, SDBLK_EOF at the end of the
- * volume, -1 on a damaged volume or when memory runs out, with a message registered; there is no
- * way to read on then.  The block must be freed also after SDBLK_EOF and -1, but what it holds then
- * is of no use.  A control blockette that runs on into the next record comes whole.  Blockettes 5,
- * 8 and 10 come decoded, for the record length that they hold ("llenp", [10] field 4); others have
- * empty contents. */
+ * block, or a block of the program's own, zero-filled, from calloc; later calls clear and refill
+ * it.  Returns the blockette length of a control blockette (0 or more; see the note on length 0
+ * above), 0 for a data record, SDBLK_EOF at the end of the volume, -1 on a damaged volume or when
+ * memory runs out, with a message registered; there is no way to read on then.  The block must be
+ * freed also after SDBLK_EOF and -1, but what it holds then is of no use.  A control blockette that
+ * runs on into the next record comes whole.  Blockettes 5, 8 and 10 come decoded, for the record
+ * length that they hold ("llenp", [10] field 4); others have empty contents. */
 SDBLK_API int sdblk_parseblk(SDBlkVol *vol, SDBlk **blkp);
 
 /* ---- Decoding -------------------------------------------------------------------------------- */
@@ -482,7 +482,8 @@ typedef struct SDBlkSta {
  *
  * Feed every control block of the volume in order, and no data records.  Returns
  *    1  the block was taken;
- *    0  it is not wanted, nothing changed;
+ *    0  it is not wanted; after a channel epoch that is not, what follows up to the next blockette
+ *       50 or 52 is not wanted either;
  *    2  the station in the buffer is complete and the block was not taken: use the station, then
  *       feed the same block again, which may empty the buffer and start the next station;
  *   -1  failure, with a message registered: a field is missing, a pattern is no valid expression,

@@ -77,11 +77,13 @@ class ReferenceKey {
 };
 
 SDBlk *referenced_block(const SDBlkVol *vol, const char *abbr_key, std::int32_t code) {
-  return static_cast<SDBlk *>(getarr(vol->abbrs, ReferenceKey(abbr_key, code).text()));
+  const Arr *dictionary = vol == nullptr ? nullptr : vol->abbrs;
+  return static_cast<SDBlk *>(getarr(dictionary, ReferenceKey(abbr_key, code).text()));
 }
 
 // Keeps a copy of the blockette that is being decoded under the code that it defines.
 int define_abbreviation(SDBlkVol *vol, const char *key) {
+  if (vol == nullptr) return 0;
   if (getarr(vol->abbrs, key) != nullptr) {
     elog_log(0, "sdblk_unstuff_sblk: Abbreviation %s already defined.\n", key);
     return -1;
@@ -187,8 +189,8 @@ int report_integer(std::string_view text) {
 int Walker::scan_digits(std::string_view text, const SDBlkFieldDef &field, std::int32_t *value) {
   const int nondigits = scan_integer(until_zero(text), field.format, value);
   if (nondigits <= 0) return nondigits;
-  context_.vol->nondigits += nondigits;
-  const SDBlk *current = context_.vol->current;
+  if (context_.vol != nullptr) context_.vol->nondigits += nondigits;
+  const SDBlk *current = context_.vol == nullptr ? nullptr : context_.vol->current;
   elog_die(0,
            "SEEDERROR - Non-digit characters in integer field B%4.4d:%s = '%.*s' - program "
            "exiting.\n",

@@ -116,12 +116,7 @@ bool next_record_continues(const SDBlkVol *vol) {
 // The caller's block, emptied, or a new one; with what every block holds filled in.  nullptr, with
 // a message registered, when memory runs out.
 SDBlk *start_block(SDBlkVol *vol, SDBlk **blkp, std::int32_t type, std::int64_t offset) {
-  if (*blkp == nullptr) {
-    *blkp = block_new();
-  } else {
-    sdblk_clear(*blkp);
-  }
-  SDBlk *blk = *blkp;
+  SDBlk *blk = block_start(blkp);
   if (blk == nullptr) {
     elog_log(1, "sdblk_parseblk: no memory for a block of %ld bytes\n", block_size());
     return nullptr;

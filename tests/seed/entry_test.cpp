@@ -835,6 +835,109 @@ class ChainTest : public testing::Test {
   SDBlkVol *vol_ = sdblk_new(nullptr, bytes_.data(), 512, 0);
 };
 
+TEST(ParsedBlock, BytesThatAProgramTakesOverAreItsOwn) {
+  BlockReader reader("000001S " + stages() + "0110009XX");
+  SDBlk *blk = reader.decode_next();
+  char *raw = blk->blockette_raw;
+  blk->blockette_raw = nullptr;
+  reader.next();
+  EXPECT_EQ(std::string(raw), stages());
+  EXPECT_STREQ(blk->blockette_raw, "0110009XX");
+  std::free(raw);
+}
+
+TEST(ParsedBlock, BytesThatAProgramPutsThereAreReleased) {
+  BlockReader reader("000001S " + stages() + "0110009XX");
+  SDBlk *blk = reader.next();
+  std::free(blk->blockette_raw);
+  blk->blockette_raw = text_of_own("0110007");
+  EXPECT_STREQ(reader.next()->blockette_raw, "0110009XX");
+}
+
+TEST(ParsedBlock, MayBeReleasedAfterItsVolume) {
+  const std::string bytes = "000001A 0340016003M~~000001S " + stages();
+  SDBlk *blk = nullptr;
+  SDBlkVol *vol = sdblk_new(nullptr, bytes.data(), static_cast<std::int32_t>(bytes.size()), 0);
+  ASSERT_GT(sdblk_parseblk(vol, &blk), 0);
+  ASSERT_EQ(sdblk_unstuffblk(blk), 0);
+  sdblk_closevol(vol);
+  EXPECT_EQ(text_of(blk->contents, "name"), "M");
+  sdblk_free(blk);
+}
+
+// A block of the program's own, all zero.
+SDBlk *zero_block() { return zeroed<SDBlk>(1); }
+
+TEST(ZeroBlock, IsFilledWithAControlBlockette) {
+  const std::string bytes = "000001S " + stages() + "0110007 ";
+  SDBlkVol *vol = sdblk_new(nullptr, bytes.data(), static_cast<std::int32_t>(bytes.size()), 0);
+  SDBlk *blk = zero_block();
+  EXPECT_EQ(sdblk_parseblk(vol, &blk), 21);
+  EXPECT_EQ(sdblk_unstuffblk(blk), 0);
+  EXPECT_EQ(integer_of(blk->contents, "nstages"), 2);
+  EXPECT_EQ(sdblk_parseblk(vol, &blk), 7);
+  sdblk_free(blk);
+  sdblk_closevol(vol);
+}
+
+TEST_F(ChainTest, ZeroBlockIsFilledWithADataRecord) {
+  SDBlk *blk = zero_block();
+  EXPECT_EQ(sdblk_parseblk(vol_, &blk), 0);
+  EXPECT_EQ(sdblk_unstuffblk(blk), 0);
+  EXPECT_EQ(integer_of(blk->next->next->contents, "qual"), 50);
+  sdblk_free(blk);
+}
+
+TEST_F(ChainTest, ZeroBlockOfADataRecordIsDecoded) {
+  SDBlk *blk = zero_block();
+  blk->blockette_type = SDBLK_DATA_RECORD;
+  blk->data_ptr = bytes_.data();
+  vol_->logical_length = 512;
+  blk->vol = vol_;
+  EXPECT_EQ(sdblk_unstuffblk(blk), 0);
+  EXPECT_EQ(text_of(blk->contents, "sta"), "STA");
+  EXPECT_EQ(integer_of(blk->next->contents, "dlenp"), 9);
+  sdblk_free(blk);
+}
+
+TEST(ZeroBlock, HasNothingToDecode) {
+  LogCapture log;
+  SDBlk *blk = zero_block();
+  EXPECT_EQ(sdblk_unstuffblk(blk), 0);
+  blk->blockette_type = SDBLK_DATA_RECORD;
+  blk->data_ptr = "000001D ";
+  EXPECT_EQ(sdblk_unstuffblk(blk), -1);
+  sdblk_free(blk);
+}
+
+TEST(ZeroBlock, WithoutAVolumeRefersToNothingAndDefinesNothing) {
+  ASSERT_EQ(sdblk_blkdefs_init(), 0);
+  SDBlk *blk = zero_block();
+  blk->blockette_raw = text_of_own("03100160001N~000");
+  blk->blockette_length = 16;
+  blk->blockette_type = 31;
+  blk->blkdef = seed_blkdefs_index[31];
+  EXPECT_EQ(sdblk_unstuffblk(blk), 0);
+  EXPECT_EQ(integer_of(blk->contents, "uid"), 0);
+  EXPECT_EQ(entry_of(blk->contents, "uid").ref, nullptr);
+  sdblk_free(blk);
+}
+
+TEST(ZeroBlock, WithoutMemoryIsNotFilled) {
+  LogCapture log;
+  const std::string bytes = "000001S " + stages();
+  SDBlkVol *vol = sdblk_new(nullptr, bytes.data(), static_cast<std::int32_t>(bytes.size()), 0);
+  SDBlk *blk = zero_block();
+  blk->contents = newarr();
+  {
+    const FailingMemory memory(1);
+    EXPECT_EQ(sdblk_parseblk(vol, &blk), -1);
+  }
+  EXPECT_EQ(sdblk_parseblk(vol, &blk), 21);
+  sdblk_free(blk);
+  sdblk_closevol(vol);
+}
+
 TEST_F(ChainTest, SingleReleaseOfARecordLeavesItsChain) {
   SDBlk *record = decode();
   SDBlk *first = record->next;
