@@ -1,12 +1,12 @@
 /* Decoded fields by name for C++ programs: the compiler checks the types of the results, the
  * library the kinds of the fields. */
-#ifndef SEED_GETV_H_
-#define SEED_GETV_H_
+#ifndef TARVIK_SEED_GETV_H_
+#define TARVIK_SEED_GETV_H_
 
 #include <cstdint>
 #include <type_traits>
 
-#include "seed/sdblk.h"
+#include "../seed/sdblk.h"
 
 namespace sdblk {
 
@@ -74,4 +74,4 @@ int get(const Arr *contents, const char *key, Result *result, More... more) {
 
 }  // namespace sdblk
 
-#endif /* SEED_GETV_H_ */
+#endif /* TARVIK_SEED_GETV_H_ */

@@ -90,16 +90,16 @@
  *
  * The header compiles as C11 and as C++20.
  */
-#ifndef SEED_SDBLK_H_
-#define SEED_SDBLK_H_
+#ifndef TARVIK_SEED_SDBLK_H_
+#define TARVIK_SEED_SDBLK_H_
 
 #include <stddef.h>
 #include <stdint.h>
 
-#include "support/api.h"
-#include "support/arr.h"
-#include "support/elog.h"
-#include "support/tbl.h"
+#include "../support/api.h"
+#include "../support/arr.h"
+#include "../support/elog.h"
+#include "../support/tbl.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -504,4 +504,4 @@ SDBLK_API void free_span(void *span);
 }
 #endif
 
-#endif /* SEED_SDBLK_H_ */
+#endif /* TARVIK_SEED_SDBLK_H_ */

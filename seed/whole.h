@@ -33,13 +33,13 @@
  *     SDBlkEntry.value.i
  *                       of the format "ULONG", the 32 bits of an unsigned number; see sdblk_integer
  */
-#ifndef SEED_WHOLE_H_
-#define SEED_WHOLE_H_
+#ifndef TARVIK_SEED_WHOLE_H_
+#define TARVIK_SEED_WHOLE_H_
 
 #include <stddef.h>
 #include <stdint.h>
 
-#include "seed/sdblk.h"
+#include "../seed/sdblk.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -175,4 +175,4 @@ SDBLK_API const char *sdblk_field_bytes(const SDBlk *block, const SDBlkEntry *en
 }
 #endif
 
-#endif /* SEED_WHOLE_H_ */
+#endif /* TARVIK_SEED_WHOLE_H_ */

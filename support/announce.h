@@ -1,8 +1,8 @@
 /* Who runs, and which build: the announcement at start and the version banner. */
-#ifndef SUPPORT_ANNOUNCE_H_
-#define SUPPORT_ANNOUNCE_H_
+#ifndef TARVIK_SUPPORT_ANNOUNCE_H_
+#define TARVIK_SUPPORT_ANNOUNCE_H_
 
-#include "support/api.h"
+#include "../support/api.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -24,4 +24,4 @@ SDBLK_API int patch_count(void);
 }
 #endif
 
-#endif /* SUPPORT_ANNOUNCE_H_ */
+#endif /* TARVIK_SUPPORT_ANNOUNCE_H_ */

@@ -1,6 +1,6 @@
 /* What the public headers need of the compiler: symbol visibility and call checks. */
-#ifndef SUPPORT_API_H_
-#define SUPPORT_API_H_
+#ifndef TARVIK_SUPPORT_API_H_
+#define TARVIK_SUPPORT_API_H_
 
 #if defined(__GNUC__)
 #define SDBLK_API __attribute__((visibility("default")))
@@ -14,4 +14,4 @@
 #define SDBLK_NORETURN
 #endif
 
-#endif /* SUPPORT_API_H_ */
+#endif /* TARVIK_SUPPORT_API_H_ */

@@ -1,9 +1,9 @@
 /* Associative arrays: text keys to pointers, in the order in which the keys were first set. */
-#ifndef SUPPORT_ARR_H_
-#define SUPPORT_ARR_H_
+#ifndef TARVIK_SUPPORT_ARR_H_
+#define TARVIK_SUPPORT_ARR_H_
 
-#include "support/api.h"
-#include "support/tbl.h"
+#include "../support/api.h"
+#include "../support/tbl.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -35,4 +35,4 @@ SDBLK_API void freearr(Arr *arr, void (*free_value)(void *));
 }
 #endif
 
-#endif /* SUPPORT_ARR_H_ */
+#endif /* TARVIK_SUPPORT_ARR_H_ */

@@ -1,11 +1,11 @@
 /* Binary values in storage order to host order.  Each converts count values at *source, most (m) or
  * least (v) significant byte first, to result, and moves *source past them. */
-#ifndef SUPPORT_BYTEORDER_H_
-#define SUPPORT_BYTEORDER_H_
+#ifndef TARVIK_SUPPORT_BYTEORDER_H_
+#define TARVIK_SUPPORT_BYTEORDER_H_
 
 #include <stdint.h>
 
-#include "support/api.h"
+#include "../support/api.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -26,4 +26,4 @@ SDBLK_API void vf2hf(const char **source, float *result, int count);
 }
 #endif
 
-#endif /* SUPPORT_BYTEORDER_H_ */
+#endif /* TARVIK_SUPPORT_BYTEORDER_H_ */

@@ -11,12 +11,12 @@
  *
  * In every call flag 1 adds a second line after the text, four blanks and the system's text for
  * errno, unless errno is 0; other flags add nothing. */
-#ifndef SUPPORT_ELOG_H_
-#define SUPPORT_ELOG_H_
+#ifndef TARVIK_SUPPORT_ELOG_H_
+#define TARVIK_SUPPORT_ELOG_H_
 
 #include <stddef.h>
 
-#include "support/api.h"
+#include "../support/api.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -64,4 +64,4 @@ SDBLK_API void elog_set_sink(void (*sink)(void *context, const char *bytes, size
 }
 #endif
 
-#endif /* SUPPORT_ELOG_H_ */
+#endif /* TARVIK_SUPPORT_ELOG_H_ */

@@ -1,10 +1,10 @@
 /* Time: epoch seconds (UTC, no leap seconds, proleptic Gregorian calendar) to and from dates. */
-#ifndef SUPPORT_EPOCH_H_
-#define SUPPORT_EPOCH_H_
+#ifndef TARVIK_SUPPORT_EPOCH_H_
+#define TARVIK_SUPPORT_EPOCH_H_
 
 #include <stdint.h>
 
-#include "support/api.h"
+#include "../support/api.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -36,4 +36,4 @@ SDBLK_API void std_set_now(double epoch);
 }
 #endif
 
-#endif /* SUPPORT_EPOCH_H_ */
+#endif /* TARVIK_SUPPORT_EPOCH_H_ */

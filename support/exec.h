@@ -1,8 +1,8 @@
 /* Finding programs and files. */
-#ifndef SUPPORT_EXEC_H_
-#define SUPPORT_EXEC_H_
+#ifndef TARVIK_SUPPORT_EXEC_H_
+#define TARVIK_SUPPORT_EXEC_H_
 
-#include "support/api.h"
+#include "../support/api.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -18,4 +18,4 @@ SDBLK_API char *datafile(const char *variable, const char *name);
 }
 #endif
 
-#endif /* SUPPORT_EXEC_H_ */
+#endif /* TARVIK_SUPPORT_EXEC_H_ */

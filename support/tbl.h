@@ -1,8 +1,8 @@
 /* Lists of pointers by position. */
-#ifndef SUPPORT_TBL_H_
-#define SUPPORT_TBL_H_
+#ifndef TARVIK_SUPPORT_TBL_H_
+#define TARVIK_SUPPORT_TBL_H_
 
-#include "support/api.h"
+#include "../support/api.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -38,4 +38,4 @@ SDBLK_API Tbl *tblgrep(Tbl *patterns, const char *text);
 }
 #endif
 
-#endif /* SUPPORT_TBL_H_ */
+#endif /* TARVIK_SUPPORT_TBL_H_ */

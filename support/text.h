@@ -1,8 +1,8 @@
 /* Text utilities, the same in every locale. */
-#ifndef SUPPORT_TEXT_H_
-#define SUPPORT_TEXT_H_
+#ifndef TARVIK_SUPPORT_TEXT_H_
+#define TARVIK_SUPPORT_TEXT_H_
 
-#include "support/api.h"
+#include "../support/api.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -20,4 +20,4 @@ SDBLK_API double fix_strtod(const char *text, char **end);
 }
 #endif
 
-#endif /* SUPPORT_TEXT_H_ */
+#endif /* TARVIK_SUPPORT_TEXT_H_ */

@@ -49,6 +49,13 @@ foreach(header IN LISTS headers)
   )
 endforeach()
 
+# A program's own support/api.h, which comes first on its path, hides none of them.
+file(WRITE "${WORK_DIR}/own/support/api.h" "#define SUPPORT_API_H_\n")
+must("A header of the program's own" "${CC}" -std=c11 -Wall -Wextra -Wpedantic -Werror -fsyntax-only
+     "-I${WORK_DIR}/own" "-I${include_dir}" -include support/api.h
+     "${SOURCE_DIR}/tests/consumer/consumer.c"
+)
+
 foreach(page IN ITEMS man/man1/tarvik.1 man/man3/sdblk.3 doc/tarvik/listing.md doc/tarvik/format.md)
   if(NOT EXISTS "${stage}/share/${page}")
     message(FATAL_ERROR "The page ${page} is not installed.")
