@@ -13,7 +13,7 @@
 #include "seed/sdblk.h"
 
 struct SDBlkStorage {
-  char *raw;                 // buffer behind blockette_raw; kept over clears
+  char *raw;                 // the buffer of blockette_raw; kept over clears
   std::size_t raw_capacity;  // its size, bytes
   SDBlk *chain_first;        // a record's data blockettes, in the order of their making
   SDBlk *chain_spare;        // the first of them that is not in use

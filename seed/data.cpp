@@ -1,6 +1,10 @@
 // Decoding of data records: byte order, fixed section, chain of data blockettes.
+#include "seed/blkdefs/data.h"
+
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 #include "seed/block.h"
 #include "seed/layout.h"
@@ -16,19 +20,26 @@ namespace {
 constexpr std::int64_t kHeaderSize = 8;           // sequence number, type letter, blank
 constexpr std::int64_t kBlocketteHeaderSize = 4;  // blockette type and offset of the next one
 constexpr int kLongestChain = 1024;
-constexpr std::int32_t kLastLength = 64;  // stated for a last blockette with no data behind it
+constexpr std::int32_t kLastLength = 64;  // stated for a last blockette with no data after it
 // Offsets of the start time's parts in a data record.
 constexpr std::int64_t kYear = 20;
 constexpr std::int64_t kDay = 22;
 constexpr std::int64_t kTenThousandths = 28;
 constexpr std::int32_t kFirstYear = 1900;
 constexpr std::int32_t kDataOnlyType = 1000;
-// Positions of fields in their definitions, where lookups try first.
-constexpr std::uint32_t kDataOffsetField = 13;
-constexpr std::uint32_t kBlockOffsetField = 14;
-constexpr std::uint32_t kLengthExponentField = 2;
 
-// The bytes of a record: as many as the length in force, none behind the end of the image.
+// The position of a field in its definition, where lookups try first.
+template <std::size_t N>
+consteval std::uint32_t position_of(const SDBlkFieldDef (&fields)[N], std::string_view key) {
+  std::uint32_t position = 0;
+  while (fields[position].key != key) ++position;
+  return position;
+}
+constexpr std::uint32_t kDataOffsetField = position_of(blkdefs::BDATA_blkdef, "data_offset");
+constexpr std::uint32_t kBlockOffsetField = position_of(blkdefs::BDATA_blkdef, "blk_offset");
+constexpr std::uint32_t kLengthExponentField = position_of(blkdefs::B1000_blkdef, "dlenp");
+
+// The bytes of a record: as many as the length in force, none past the end of the image.
 struct Record {
   const char *bytes;
   std::int64_t size;
@@ -46,8 +57,8 @@ Feed feed_from(const Record &record, std::int64_t offset) {
 
 // ---- byte order ----
 
-// Bytes behind the end of the record count as 0.
-std::int32_t read_both_ways(const Record &record, std::int64_t offset, bool big_endian) {
+// Bytes past the end of the record count as 0.
+std::int32_t read_u16(const Record &record, std::int64_t offset, bool big_endian) {
   const std::array<char, 2> pair = {offset < record.size ? record.bytes[offset] : '\0',
                                     offset + 1 < record.size ? record.bytes[offset + 1] : '\0'};
   return load_u16(pair.data(), big_endian);
@@ -57,8 +68,8 @@ enum class Order { big, little, either, neither };
 
 Order plausible_order(const Record &record, std::int64_t offset, std::int32_t least,
                       std::int32_t most) {
-  const std::int32_t little = read_both_ways(record, offset, false);
-  const std::int32_t big = read_both_ways(record, offset, true);
+  const std::int32_t little = read_u16(record, offset, false);
+  const std::int32_t big = read_u16(record, offset, true);
   const bool little_fits = little >= least && little <= most;
   const bool big_fits = big >= least && big <= most;
   if (little_fits && big_fits) return Order::either;
@@ -145,7 +156,7 @@ bool adopt_length(SDBlk *record, const SDBlk *blk) {
   return true;
 }
 
-// Decodes the data blockette at an offset of the record behind the chain's tail, which it becomes;
+// Decodes the data blockette at an offset of the record after the chain's tail, which it becomes;
 // gives the offset of the next one.  A negative result is a failure.
 int decode_chained(const WalkContext &context, SDBlk *record, const Record &bytes, SDBlk **tail,
                    std::int32_t *offset) {

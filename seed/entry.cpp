@@ -1,3 +1,4 @@
+// Entries, the decoded fields: reading them by name, copying and releasing them.
 #include <cstdarg>
 #include <cstring>
 #include <string_view>

@@ -33,7 +33,7 @@ consteval std::int32_t text_room(const SDBlkFieldDef &field) {
   return is_text(field) ? (field.width + 8) / 8 * 8 : 0;
 }
 
-// What the fields in front of a position take.
+// What the fields before a position take.
 struct Extent {
   std::int32_t bytes;
   std::int32_t text_room;
@@ -60,12 +60,12 @@ consteval std::int32_t time_field(const SDBlkFieldDef *fields, std::size_t count
 
 // ---- texts ----
 
-// Seven bytes at most.
-constexpr std::uint64_t first_bytes(std::uint32_t count) {
+// The lowest count bytes, seven at most.
+constexpr std::uint64_t mask_of_first(std::uint32_t count) {
   return (std::uint64_t{1} << 8 * count % 64) - 1;
 }
 
-// trimmed_field of up to seven characters, of which the first is the lowest byte of word, behind
+// trimmed_field of up to seven characters, of which the first is the lowest byte of word, after
 // which all is 0.  The result is in the same form.
 inline std::uint64_t trimmed_word(std::uint64_t word) {
   constexpr std::uint64_t kOnes = 0x0101010101010101;
@@ -74,16 +74,16 @@ inline std::uint64_t trimmed_word(std::uint64_t word) {
   auto size = static_cast<std::uint32_t>(std::countr_zero(zeros)) / 8;
   const auto byte = [&](std::uint32_t at) { return static_cast<char>(word >> (8 * at)); };
   while (size > 0 && is_space(byte(size - 1))) --size;
-  word &= first_bytes(size);
+  word &= mask_of_first(size);
   while (is_space(byte(0))) word >>= 8;
   return word;
 }
 
-// Keeps the text of a field behind which the fields go on for kRest bytes, itself included.
+// Keeps the text of a field; from it on the fields take kRest bytes.
 template <std::int32_t kWidth, std::int32_t kRest>
 void keep_text(const char *field, char *text) {
   if constexpr (kWidth < 8 && kRest >= 8) {
-    store_eight(text, trimmed_word(load_eight(field) & first_bytes(kWidth)));
+    store_eight(text, trimmed_word(load_eight(field) & mask_of_first(kWidth)));
   } else {
     *put_text(text, trimmed_field({field, static_cast<std::size_t>(kWidth)})) = '\0';
   }
@@ -211,7 +211,7 @@ int unpack_fields(Arr **contents, Feed feed, const WalkContext &context, const S
   }
   return unpack_in_place(*layout, array, feed.cursor, context.big_endian)
              ? 0
-             : report_entry(def.fields[0]);
+             : report_no_memory(def.fields[0]);
 }
 
 }  // namespace tarvik

@@ -29,13 +29,13 @@ inline int read_exponent(const char *text) {
   return text[1] == '+' ? size : kNone;
 }
 
-// A number with kSign places for its sign and kDecimals digits behind the point.  False for any
+// A number with kSign places for its sign and kDecimals digits after the point.  False for any
 // other text, and for exponents that one exact operation does not reach.
 template <int kSign, int kDecimals>
 bool read(const char *text, double *value) {
   constexpr int kMostPowers = static_cast<int>(kExactPowers.size()) - 1;
   const char *digit = text + kSign;
-  // The digit in front of the point takes its place before the decimals.
+  // The digit before the point takes its place before the decimals.
   const auto whole = static_cast<unsigned char>(*digit ^ '0');
   const std::uint64_t digits = first_of_eight<kDecimals>(digit + 2) ^ std::uint64_t{whole}
                                                                           << 8 * (7 - kDecimals);
@@ -53,7 +53,7 @@ bool read(const char *text, double *value) {
   return true;
 }
 
-// Reads numbers of one picture that stand one behind the other, until one is of another form.
+// Reads numbers of one picture that stand one after the other, until one is of another form.
 // Returns how many were read.
 template <int kSign, int kDecimals>
 std::int32_t read_run(const char *text, std::int32_t count, double *values) {

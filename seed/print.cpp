@@ -45,12 +45,12 @@ class Bounded {
   std::array<char, Size> text_;
 };
 
-// "[%4.4ld]" and what stands behind it, one character at most.
+// "[%4.4ld]" and what stands after it, one character at most.
 class IndexText {
  public:
-  explicit IndexText(std::int64_t index, std::string_view behind = {}) {
+  explicit IndexText(std::int64_t index, std::string_view after = {}) {
     char *end = put_char(put_digits<4>(put_char(text_.data(), '['), index), ']');
-    size_ = static_cast<std::size_t>(put_text(end, behind) - text_.data());
+    size_ = static_cast<std::size_t>(put_text(end, after) - text_.data());
   }
   [[nodiscard]] std::string_view text() const { return {text_.data(), size_}; }
 
@@ -76,7 +76,7 @@ void print_hex_rows(std::string_view prefix, const char *bytes, std::int64_t len
     const auto count = static_cast<std::size_t>(std::min(length - position, kHexRow));
     char *out = elog_reserve(prefix.size() + kNumberRoom);
     out = put_text(put_text(out, prefix), kIndent);
-    // Blanks up to the row's end, and over what put_hex leaves behind its digits.
+    // Blanks up to the row's end, and over what put_hex leaves after its digits.
     std::memset(out, ' ', kRowColumns);
     std::memset(put_hex(out, bytes + position, count), ' ', kHexSurplus);
     elog_commit(put_char(out + kRowColumns, '\n'));
@@ -161,10 +161,10 @@ class LineStart {
   static_assert(Size >= kPiece);
 };
 
-// Whether the index behind the one before differs from it in its four digits alone.
+// Whether an index, one more than that before it, differs from it in its four digits alone.
 bool only_digits_change(std::int64_t index) { return index > 0 && index < 10000; }
 
-// What stands in front of every field of one repetition: the prefix of all, and "[0007]." where
+// What stands before every field of one repetition: the prefix of all, and "[0007]." where
 // there are several.
 class LinePrefix : public LineStart<kRepetitionBuffer> {
  public:
@@ -193,7 +193,7 @@ std::string_view key_of(const SDBlkFieldDef &field) {
                                : std::string_view(field.key, field.key_length);
 }
 
-// What stands in front of the values of an array's elements: prefix and "key[0007] = ".
+// What stands before the values of an array's elements: prefix and "key[0007] = ".
 class ElementStart : public LineStart<kRepetitionBuffer + kNameBuffer + kNameColumns> {
  public:
   ElementStart(const LinePrefix &prefix, std::string_view key)
@@ -216,7 +216,7 @@ class ElementStart : public LineStart<kRepetitionBuffer + kNameBuffer + kNameCol
     append(kBlanks.substr(std::min(name_size, kNameColumns)));
     append(kEquals);
   }
-  // The digits are changed behind the copy: a change in front would hold it up.
+  // The digits are changed after the copy: a change before would hold it up.
   [[nodiscard]] char *put(char *out) const {
     char *end = LineStart::put(out);
     if (only_digits_change(index_)) put_digits<4>(out + bracket_ + 1, index_);

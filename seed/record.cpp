@@ -34,7 +34,7 @@ bool is_control_letter(char letter) {
 
 // ---- the reading position ----
 
-// Never behind the end of the image.
+// Never past the end of the image.
 void move_to(SDBlkVol *vol, std::int64_t offset) {
   vol->offset = std::min(offset, vol->image_size);
   vol->cursor = vol->image + vol->offset;
@@ -154,12 +154,12 @@ SDBlk *start_block(SDBlkVol *vol, SDBlk **blkp, std::int32_t type) {
   return blk;
 }
 
-// Walks the rest of a data record in steps and stops where its header stands again, as at its
-// start. False at the record's end, which it moves on to.
+// Walks the rest of a data record in steps and stops where its header stands again, as at its start.
+// False at the record's end, which it moves on to.
 bool find_data_block(SDBlkVol *vol) {
   const char *record = vol->image + vol->record_offset;
   const std::int64_t in_image = vol->image_size - vol->record_offset;
-  // The first position counts even where it lies behind the record's end.
+  // The first position counts even where it lies past the record's end.
   const std::int64_t last = std::min<std::int64_t>(std::max(vol->logical_length, vol->record_pos),
                                                    in_image - kHeaderSize);
   for (std::int64_t pos = vol->record_pos; pos <= last; pos += kDataStep) {

@@ -186,7 +186,7 @@ int scan_str(const char *text, std::int64_t width, char *result) {
 std::int64_t scan_var_str(const char *text, std::int64_t limit, char *result) {
   result[0] = '\0';
   if (limit < 1) return 0;
-  // The value's terminator goes along; nothing behind it is looked at.
+  // The value's terminator goes along; nothing after it is looked at.
   const auto most = static_cast<std::size_t>(limit);
   std::size_t size = 0;
   while (size < most && text[size] != '\0' && text[size] != '~') ++size;

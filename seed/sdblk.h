@@ -53,7 +53,7 @@
  *     unit, comment, ...   the block that a code refers to: "*sunits" of [52] is its [34], whose
  *                          "name" is the unit
  *     data record          sta loc chan net time nsamp srate_factor srate_multiplier
- *     behind its header    type 1000: format, order, dlenp; type 100: samprate; see SDBlk.next
+ *     after its header     type 1000: format, order, dlenp; type 100: samprate; see SDBlk.next
  *
  * Results and messages.  Functions return 0 (or a count) on success and -1 (or NULL) on failure,
  * after registering one message or more with elog_log; elog_complain writes what is registered,
@@ -291,7 +291,7 @@ struct SDBlk {
                                program that takes it over sets NULL here */
   const SDBlkDef *blkdef;   /* definition, or NULL for a type that the catalogue does not know */
   Arr *contents;            /* decoded fields: key -> SDBlkEntry; empty until decoded */
-  SDBlk *next;              /* data record, decoded: the first blockette behind its header, then the
+  SDBlk *next;              /* data record, decoded: the first blockette after its header, then the
                                next one of the chain, or NULL; in a copy, shared with the original
                                and not owned */
   SDBlkVol *vol;            /* the volume that the block came from; not owned */
@@ -322,7 +322,7 @@ struct SDBlkVol {
   char *filename;           /* copy of the path; NULL for a volume in a buffer */
   const char *image;        /* first byte of the volume */
   int64_t image_size;       /* its size, bytes */
-  const char *cursor;       /* next byte to be read; never behind the end of the image */
+  const char *cursor;       /* next byte to be read; never past the end of the image */
   int64_t offset;           /* cursor - image */
   int32_t record_pos;       /* bytes of the current logical record that are read; 0: at its start */
   int32_t logical_length;   /* logical record length in force, bytes */
@@ -375,7 +375,7 @@ SDBLK_API int sdblk_parseblk(SDBlkVol *vol, SDBlk **blkp);
 /* Decodes the fields of a block into its contents: a control blockette field by field, a data
  * record with its whole chain of data blockettes.  An abbreviation blockette (30 to 35, 41 to 48)
  * is also copied into the volume's dictionary, once: the same code again is refused.  Returns 0,
- * also when the data ends early (the fields behind it are absent) and for a blockette that the
+ * also when the data ends early (the fields after it are absent) and for a blockette that the
  * catalogue does not know (it has no fields), or -1 with messages registered; what was decoded
  * before the fault stays.  Decoding a block again replaces its fields. */
 SDBLK_API int sdblk_unstuffblk(SDBlk *block);
@@ -401,16 +401,19 @@ SDBLK_API int sdblk_parse_sentry(const SDBlkFieldDef *field, const char **cursor
 /* Scanners of fixed-width and variable ASCII fields.  text need not end in a 0 byte, but one ends
  * it.
  *
- * scan_int: up to width (at most 80) characters as a decimal integer, as strtol reads it, cut to 32
- * bits; blank is 0.  With a format, every non-digit under a "#" counts as "0"; returns how many
- * there were (0 without a format), or -1 with a message registered when there is no number.
- * scan_double: up to width (at most 80) characters as strtod reads them in the "C" locale; blank is
- * 0.  Returns 0, or -1 with a message registered.
- * scan_time: a SEED time ("YYYY,DDD,HH:MM:SS.FFFF", shorter forms too), ended by a 0 byte; empty
- * gives SDBLK_NO_TIME.  Returns 0. scan_str: up to width (at most 16383) characters without white
- * space at both ends, to result (width + 1 bytes).  Returns 0. scan_var_str: text up to a "~", at
- * most limit characters, without white space at both ends, to result (limit + 1 bytes).  Returns
- * the number of characters consumed, the "~" included. */
+ * scan_int      up to width (at most 80) characters as a decimal integer, as strtol reads it, cut to
+ *               32 bits; blank is 0.  With a format, every non-digit under a "#" counts as "0";
+ *               returns how many there were (0 without a format), or -1 with a message registered
+ *               when there is no number
+ * scan_double   up to width (at most 80) characters as strtod reads them in the "C" locale; blank
+ *               is 0.  Returns 0, or -1 with a message registered
+ * scan_time     a SEED time ("YYYY,DDD,HH:MM:SS.FFFF", shorter forms too), ended by a 0 byte; empty
+ *               gives SDBLK_NO_TIME.  Returns 0
+ * scan_str      up to width (at most 16383) characters without white space at both ends, to result
+ *               (width + 1 bytes).  Returns 0
+ * scan_var_str  text up to a "~", at most limit characters, without white space at both ends, to
+ *               result (limit + 1 bytes).  Returns the number of characters consumed, the "~"
+ *               included */
 SDBLK_API int scan_int(const char *text, const char *format, int64_t width, int32_t *result);
 SDBLK_API int scan_double(const char *text, int64_t width, double *result);
 SDBLK_API int scan_time(const char *text, double *result);
@@ -419,7 +422,7 @@ SDBLK_API int64_t scan_var_str(const char *text, int64_t limit, char *result);
 
 /* ---- Listing --------------------------------------------------------------------------------- */
 
-/* Lists a decoded block through elog_notify, every line behind prefix: a header line at level 0;
+/* Lists a decoded block through elog_notify, every line after prefix: a header line at level 0;
  * header, raw bytes, fields, referenced abbreviations and chained data blockettes at any other
  * level. Returns 0. */
 SDBLK_API int sdblk_printblk(const SDBlk *block, const char *prefix, int32_t level);
@@ -477,7 +480,7 @@ typedef struct SDBlkSta {
  * in "NET_STA_CHA_LO", or "NET_STA_CHA" when the location code is empty.  A channel is wanted when
  * at least one of accept matches and none of reject; NULL accepts all and rejects none.  start and
  * end, in epoch seconds, choose stations, channel epochs and comments: those that begin at end or
- * before and end at start or behind it.  Both 0.0 mean all.  With a verbosity above 0 what is taken
+ * before and end at start or after it.  Both 0.0 mean all.  With a verbosity above 0 what is taken
  * is listed (sdblk_printblk, level verbosity), a station with each of its channels that is new.
  *
  * Feed every control block of the volume in order, and no data records.  Returns
@@ -487,9 +490,10 @@ typedef struct SDBlkSta {
  *    2  the station in the buffer is complete and the block was not taken: use the station, then
  *       feed the same block again, which may empty the buffer and start the next station;
  *   -1  failure, with a message registered: a field is missing, a pattern is no valid expression,
- * or memory ran out; what was collected so far stays in the buffer. A code that does not fit its
- * member of the records above ends the program.  At the end of the volume a station whose state is
- * not 0 is complete too. */
+ *       or memory ran out; what was collected so far stays in the buffer.
+ *
+ * A code that does not fit its member of the records above ends the program.  At the end of the
+ * volume a station whose state is not 0 is complete too. */
 SDBLK_API int sdblk_setup_stabuf(const SDBlk *block, SDBlkSta **stap, Tbl *accept, Tbl *reject,
                                  int32_t verbosity, double start, double end);
 

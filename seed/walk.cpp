@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "seed/abbreviation.h"
 #include "seed/binary.h"
 #include "seed/conversion.h"
 #include "seed/picture.h"
@@ -18,86 +19,7 @@ namespace tarvik {
 
 namespace {
 
-constexpr std::size_t kTextBuffer = 4096;
-constexpr std::size_t kReferenceBuffer = 128;
 constexpr std::int32_t kShortField = 128;  // characters of the widest text field
-
-// ---- bytes to text ----
-
-// The text of one field, cut as its storage type says, and the bytes behind it left in the feed.
-std::string_view extract(const SDBlkFieldDef &field, Feed *feed) {
-  std::string_view rest(feed->cursor,
-                        feed->remaining > 0 ? static_cast<std::size_t>(feed->remaining) : 0);
-  std::string_view text;
-  std::size_t taken = 0;
-  switch (field.stype) {
-    case 'A':
-    case 'D':
-    case 'F':
-      rest = rest.substr(0, field.width > 0 ? static_cast<std::size_t>(field.width) : 0);
-      taken = rest.size();
-      text = trimmed_field(rest);
-      break;
-    case 'B':
-      text = rest.substr(0, field.width > 0 ? static_cast<std::size_t>(field.width) : 0);
-      taken = text.size();
-      break;
-    case 'V': {
-      const VariableField variable = variable_field(rest);
-      text = variable.value;
-      taken = variable.consumed;
-      break;
-    }
-    default: return {};
-  }
-  if (text.size() >= kTextBuffer) require_fit("sdblk_unstuff_sblk", text.size(), kTextBuffer);
-  feed->cursor += taken;
-  feed->remaining -= static_cast<std::int32_t>(taken);
-  return text;
-}
-
-// ---- abbreviations ----
-
-// The dictionary's name of an abbreviation: "uid:3".
-class ReferenceKey {
- public:
-  ReferenceKey(const char *key, std::int32_t code) {
-    const std::size_t size = std::strlen(key);
-    std::array<char, 24> digits;
-    const char *end = put_integer(digits.data(), code);
-    const auto digits_size = static_cast<std::size_t>(end - digits.data());
-    require_fit("sdblk_unstuff_sblk", size + 1 + digits_size, text_.size());
-    char *out = put_char(put_text(text_.data(), {key, size}), ':');
-    *put_text(out, {digits.data(), digits_size}) = '\0';
-  }
-  [[nodiscard]] const char *text() const { return text_.data(); }
-
- private:
-  std::array<char, kReferenceBuffer> text_;
-};
-
-SDBlk *referenced_block(const SDBlkVol *vol, const char *abbr_key, std::int32_t code) {
-  const Arr *dictionary = vol == nullptr ? nullptr : vol->abbrs;
-  return static_cast<SDBlk *>(getarr(dictionary, ReferenceKey(abbr_key, code).text()));
-}
-
-// Keeps a copy of the blockette that is being decoded under the code that it defines.
-int define_abbreviation(SDBlkVol *vol, const char *key) {
-  if (vol == nullptr) return 0;
-  if (getarr(vol->abbrs, key) != nullptr) {
-    elog_log(0, "sdblk_unstuff_sblk: Abbreviation %s already defined.\n", key);
-    return -1;
-  }
-  SDBlk *copy = sdblk_copy(vol->current);
-  if (copy != nullptr) {
-    copy->next = nullptr;
-    void *nothing = nullptr;
-    if (arr_set(vol->abbrs, key, copy, &nothing)) return 0;
-    sdblk_free(copy);
-  }
-  elog_log(0, "sdblk_unstuff_sblk: sdblk_copy(abbr_ref) error.\n");
-  return -1;
-}
 
 // ---- numbers in the picture of nearly all numbers of a response ----
 
@@ -436,7 +358,7 @@ int Walker::keep_numbers(Arr **array, std::int32_t nfields, const SDBlkFieldDef 
                          Arr *parent, const Numbers &numbers) {
   const auto count = static_cast<std::uint32_t>(nfields);
   SDBlkEntry *entries = take_entries(array, parent, count);
-  if (entries == nullptr) return report_entry(fields[0]);
+  if (entries == nullptr) return report_no_memory(fields[0]);
   for (std::uint32_t i = 0; i < count; ++i) {
     set_entry(fields[i], &entries[i]);
     entries[i].value.d = numbers[i];
@@ -452,7 +374,7 @@ int Walker::repetition(Arr **array, std::int32_t nfields, const SDBlkFieldDef *f
   if (nfields < 1) return 0;
   const auto capacity = static_cast<std::uint32_t>(nfields);
   SDBlkEntry *entries = take_entries(array, parent, capacity);
-  if (entries == nullptr) return report_entry(fields[0]);
+  if (entries == nullptr) return report_no_memory(fields[0]);
   array_ = *array;
   pool_ = array_->pool;
   code_ = nullptr;
@@ -470,15 +392,15 @@ int Walker::repetition(Arr **array, std::int32_t nfields, const SDBlkFieldDef *f
     }
     // What a program or an earlier field put there goes.
     free_sdblk_entry(getarr(array_, field.key));
-    if (!arr_set_constant(array_, field.key, entry)) return report_entry(field);
+    if (!arr_set_constant(array_, field.key, entry)) return report_no_memory(field);
   }
   if (code_ == nullptr) return 0;
-  return define_abbreviation(context_.vol, ReferenceKey(code_->def->key, code_->value.i).text());
+  return define_abbreviation(context_.vol, code_->def->key, code_->value.i);
 }
 
 }  // namespace
 
-int report_entry(const SDBlkFieldDef &field) {
+int report_no_memory(const SDBlkFieldDef &field) {
   elog_log(1, "sdblk_unstuff_sblk: malloc(entry=%s,%ld) error.\n", field.key,
            static_cast<long>(sizeof(SDBlkEntry)));
   return -1;
@@ -513,14 +435,4 @@ int sdblk_unstuff_sblk(Arr **arrays, const char **cursor, std::int32_t *remainin
   *cursor = feed.cursor;
   *remaining = feed.remaining;
   return result;
-}
-
-int sdblk_parse_sentry(const SDBlkFieldDef *field, const char **cursor, std::int32_t *remaining,
-                       char *text) {
-  Feed feed = {*cursor, *remaining};
-  const std::string_view value = extract(*field, &feed);
-  *put_text(text, value) = '\0';
-  *cursor = feed.cursor;
-  *remaining = feed.remaining;
-  return 0;
 }

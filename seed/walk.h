@@ -5,16 +5,11 @@
 #include <cstdint>
 #include <string_view>
 
+#include "seed/cut.h"
 #include "seed/sdblk.h"
 #include "support/arr_impl.h"
 
 namespace tarvik {
-
-// Bytes that are still to be decoded.
-struct Feed {
-  const char *cursor;
-  std::int32_t remaining;
-};
 
 // Where and how fields are decoded.
 struct WalkContext {
@@ -28,7 +23,7 @@ int walk_fields(Arr **arrays, Feed *feed, const WalkContext &context, std::int32
                 std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent);
 
 // Registers that there is no memory for a field's entry; -1.
-int report_entry(const SDBlkFieldDef &field);
+int report_no_memory(const SDBlkFieldDef &field);
 
 // Reads an integer field that most likely stands at a position of an entry array.  False, with a
 // message registered, when it is not there.

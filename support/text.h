@@ -12,8 +12,7 @@ extern "C" {
 SDBLK_API int blank(const char *text);
 /* Drops one newline at the end of text. */
 SDBLK_API void chomp(char *text);
-/* strtod of the "C" locale: the same value and the same stopping place (*end unless end is NULL).
- */
+/* strtod of the "C" locale: the same value and the same stopping place, to *end unless end is NULL. */
 SDBLK_API double fix_strtod(const char *text, char **end);
 
 #ifdef __cplusplus

@@ -1,6 +1,6 @@
 // Fields of the data record header and of the data blockettes (100 to 2000).  The fields of the
-// header start behind its sequence number and type, at byte 8 of the record; those of a blockette
-// behind its type and the offset of the next one.
+// header start after its sequence number and type, at byte 8 of the record; those of a blockette
+// after its type and the offset of the next one.
 #ifndef SEED_BLKDEFS_DATA_H_
 #define SEED_BLKDEFS_DATA_H_
 

@@ -1,4 +1,4 @@
-// Decoding of control blockettes: the field walker and the abbreviation dictionary.
+// The field walker.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -16,6 +16,7 @@
 
 #include "seed/sdblk.h"
 #include "support/arena.h"
+#include "tests/seed/walked.h"
 #include "tests/util/decoded.h"
 #include "tests/util/log_capture.h"
 #include "tests/util/volume_writer.h"
@@ -27,182 +28,6 @@ namespace {
 using testing::ExitedWithCode;
 using volume::ControlBlockette;
 using volume::VolumeWriter;
-
-// A volume of one control blockette.
-std::string one(char type, const ControlBlockette &blockette, std::size_t record_length = 4096) {
-  return VolumeWriter(record_length).control(type, blockette).bytes();
-}
-
-ControlBlockette unit(long code, std::string_view name = "M/S",
-                      std::string_view description = "Velocity") {
-  return ControlBlockette(34).digits(code, 3).var(name).var(description);
-}
-
-// ---- definitions made by hand ----
-
-// A field of which only what the walker needs is given.
-SDBlkFieldDef field(const char *key, char stype, std::int32_t width, const char *format,
-                    std::int32_t kind) {
-  SDBlkFieldDef def = {};
-  def.key = key;
-  def.title = "";
-  def.description = "";
-  def.stype = stype;
-  def.width = width;
-  def.format = format;
-  def.kind = kind;
-  return def;
-}
-
-SDBlkFieldDef counted(SDBlkFieldDef def, const char *number_entry) {
-  def.number_entry = number_entry;
-  return def;
-}
-
-SDBlkFieldDef referring(SDBlkFieldDef def, const char *abbr_key) {
-  def.abbr_key = abbr_key;
-  return def;
-}
-
-template <std::size_t Size>
-SDBlkFieldDef group(const char *key, const char *number_entry,
-                    const std::array<SDBlkFieldDef, Size> &sub) {
-  SDBlkFieldDef def = counted(field(key, '\0', 0, "", SDBLK_GROUP_ARRAY), number_entry);
-  def.nsub = static_cast<std::int32_t>(Size);
-  def.sub = sub.data();
-  return def;
-}
-
-// The walker on bytes of exactly their size, with an empty volume behind it.
-class Walk {
- public:
-  Walk(std::string_view bytes, const std::vector<SDBlkFieldDef> &fields, bool big_endian = true)
-      : bytes_(bytes.begin(), bytes.end()),
-        fields_(fields),
-        cursor_(bytes_.data()),
-        remaining_(static_cast<std::int32_t>(bytes.size())),
-        big_endian_(big_endian) {}
-  ~Walk() { freearr(array_, free_sdblk_entry); }
-  Walk(const Walk &) = delete;
-  Walk &operator=(const Walk &) = delete;
-
-  int run() {
-    return sdblk_unstuff_sblk(&array_, &cursor_, &remaining_, big_endian_ ? 1 : 0, 1, reader_.vol(),
-                              static_cast<std::int32_t>(fields_.size()), fields_.data());
-  }
-  [[nodiscard]] const Arr *array() const { return array_; }
-  [[nodiscard]] std::int32_t remaining() const { return remaining_; }
-  [[nodiscard]] std::ptrdiff_t consumed() const { return cursor_ - bytes_.data(); }
-  [[nodiscard]] SDBlkVol *vol() const { return reader_.vol(); }
-
- private:
-  BlockReader reader_{"000001S    "};
-  std::vector<char> bytes_;
-  std::vector<SDBlkFieldDef> fields_;
-  const char *cursor_;
-  std::int32_t remaining_;
-  bool big_endian_;
-  Arr *array_ = nullptr;
-};
-
-double walked_real(std::string_view bytes, const SDBlkFieldDef &def, bool big_endian = true) {
-  Walk walk(bytes, {def}, big_endian);
-  EXPECT_EQ(walk.run(), 0);
-  return real_of(walk.array(), def.key);
-}
-
-std::int32_t walked_integer(std::string_view bytes, const char *word, std::int32_t width,
-                            bool big_endian) {
-  Walk walk(bytes, {field("n", 'B', width, word, SDBLK_INT)}, big_endian);
-  EXPECT_EQ(walk.run(), 0);
-  return integer_of(walk.array(), "n");
-}
-
-// ---- one block ----
-
-TEST(UnstuffBlk, BlocketteWithoutDefinitionIsLeftUndecoded) {
-  BlockReader reader(one('S', ControlBlockette(999).raw("abc")));
-  SDBlk *block = reader.next();
-  EXPECT_EQ(sdblk_unstuffblk(block), 0);
-  EXPECT_EQ(block->blkdef, nullptr);
-  EXPECT_EQ(countarr(block->contents), 0);
-}
-
-TEST(UnstuffBlk, BlockWithoutRawBytesIsLeftUndecoded) {
-  ASSERT_EQ(sdblk_blkdefs_init(), 0);
-  SDBlk block = {};
-  block.blkdef = seed_blkdefs_index[50];
-  EXPECT_EQ(sdblk_unstuff_blk(nullptr, &block), 0);
-  EXPECT_EQ(block.contents, nullptr);
-}
-
-TEST(UnstuffBlk, NullContentsGetANewArray) {
-  BlockReader reader(one('A', unit(3)));
-  std::string raw = "0330012007AB~";
-  SDBlk block = {};
-  block.blockette_raw = raw.data();
-  block.blockette_length = 13;
-  block.blkdef = seed_blkdefs_index[33];
-  block.vol = reader.vol();
-  reader.next();
-  EXPECT_EQ(sdblk_unstuff_blk(reader.vol(), &block), 0);
-  EXPECT_EQ(text_of(block.contents, "descr"), "AB");
-  freearr(block.contents, free_sdblk_entry);
-}
-
-TEST(UnstuffBlk, FieldsStartBehindTypeAndLength) {
-  BlockReader reader(one('S', ControlBlockette(50).fixed("DYNG", 5)));
-  EXPECT_EQ(text_of(reader.decode_next()->contents, "sta"), "DYNG");
-}
-
-TEST(UnstuffBlk, LengthBelowThePrefixGivesNoFields) {
-  for (const long length : {1, 6, 7}) {
-    BlockReader reader(
-        VolumeWriter(256)
-            .control('S', ControlBlockette(50).fixed("DYNG", 5).text_with_length(length))
-            .bytes());
-    EXPECT_EQ(countarr(reader.decode_next()->contents), 0) << length;
-  }
-}
-
-TEST(UnstuffBlk, DecodingAgainReplacesTheFields) {
-  BlockReader reader(
-      one('S', ControlBlockette(51).var("2021,075").var("").digits(7, 4).digits(1, 6)));
-  SDBlk *block = reader.decode_next();
-  block->blockette_raw[7 + 10] = '9';  // the code's first digit: 9007
-  EXPECT_EQ(sdblk_unstuffblk(block), 0);
-  EXPECT_EQ(countarr(block->contents), 4);
-  EXPECT_EQ(integer_of(block->contents, "cid"), 9007);
-}
-
-// An entry of a text, all from malloc.
-void add_by_hand(Arr *contents, const SDBlkFieldDef &def, std::string_view text) {
-  auto *entry = static_cast<SDBlkEntry *>(std::calloc(1, sizeof(SDBlkEntry)));
-  entry->def = &def;
-  entry->count = 1;
-  entry->value.s = strndup(text.data(), text.size());
-  EXPECT_EQ(setarr(contents, def.key, entry), nullptr);
-}
-
-TEST(UnstuffBlk, EntryMadeByHandIsReplacedAndReleased) {
-  const SDBlkFieldDef name = field("name", 'V', 0, "", SDBLK_STRING);
-  BlockReader reader(one('A', unit(1)));
-  SDBlk *block = reader.next();
-  add_by_hand(block->contents, name, "by hand");
-  ASSERT_EQ(sdblk_unstuffblk(block), 0);
-  EXPECT_EQ(text_of(block->contents, "name"), "M/S");
-  EXPECT_EQ(countarr(block->contents), 3);
-  // A checker of memory sees what stays behind.
-}
-
-TEST(UnstuffBlk, ControlBlocketteOfType99IsNoDataRecord) {
-  BlockReader reader(one('S', ControlBlockette(99).raw("abc")));
-  const LogCapture log;
-  EXPECT_EQ(sdblk_unstuffblk(reader.next()), -1);
-  EXPECT_EQ(registered(),
-            "sdblk_unstuff_dblk: B0099 at S:000001 is no data record\n"
-            "sdblk_unstuffblk: sdblk_unstuff_dblk error for B0099 at S:000001\n");
-}
 
 // ---- text and numbers ----
 
@@ -314,10 +139,6 @@ TEST(ControlFields, RealNumberWithTrailingLettersIsRead) {
 }
 
 // ---- non-digits ----
-
-ControlBlockette channel_with_subchannel(std::string_view subchannel) {
-  return ControlBlockette(52).raw("00").raw("BHZ").raw(subchannel);
-}
 
 void decode_first(const std::string &bytes) {
   BlockReader reader(bytes);
@@ -517,127 +338,6 @@ TEST(LongText, ReferenceKeyIsBounded) {
     EXPECT_EQ(log.take(),
               "sdblk_unstuff_sblk: text of 129 bytes does not fit the 128 byte buffer\n");
   }
-}
-
-// ---- the dictionary ----
-
-SDBlk *abbreviation(const BlockReader &reader, const char *key) {
-  return static_cast<SDBlk *>(getarr(reader.vol()->abbrs, key));
-}
-
-TEST(Dictionary, AbbreviationIsKeptUnderItsKey) {
-  BlockReader reader(one('A', unit(3)));
-  reader.decode_next();
-  const SDBlk *kept = abbreviation(reader, "uid:3");
-  ASSERT_NE(kept, nullptr);
-  EXPECT_EQ(kept->blockette_type, 34);
-  EXPECT_EQ(text_of(kept->contents, "name"), "M/S");
-  EXPECT_EQ(text_of(kept->contents, "descr"), "Velocity");
-  EXPECT_EQ(countarr(reader.vol()->abbrs), 1);
-}
-
-TEST(Dictionary, KeepsACopyOfItsOwn) {
-  VolumeWriter writer(4096);
-  BlockReader reader(writer.control('A', {unit(3), unit(4, "PA", "Pressure")}).bytes());
-  const SDBlk *block = reader.decode_next();
-  const SDBlk *kept = abbreviation(reader, "uid:3");
-  ASSERT_NE(kept, nullptr);
-  EXPECT_NE(kept, block);
-  EXPECT_NE(kept->blockette_raw, block->blockette_raw);
-  EXPECT_NE(entry_of(kept->contents, "name").value.s, entry_of(block->contents, "name").value.s);
-  EXPECT_EQ(kept->next, nullptr);
-  reader.decode_next();
-  EXPECT_EQ(text_of(kept->contents, "name"), "M/S");
-}
-
-TEST(Dictionary, EveryAbbreviationHasItsKey) {
-  struct Case {
-    ControlBlockette blockette;
-    const char *key;
-  };
-  const std::vector<Case> cases = {
-      {ControlBlockette(30).var("Steim").digits(1, 4), "did:1"},
-      {ControlBlockette(31).digits(2, 4), "cid:2"},
-      {ControlBlockette(32).digits(3, 2), "sid:3"},
-      {ControlBlockette(33).digits(4, 3), "gid:4"},
-      {ControlBlockette(34).digits(5, 3), "uid:5"},
-      {ControlBlockette(35).digits(6, 3), "bid:6"},
-      {ControlBlockette(41).digits(41, 4), "rid:41"},
-      {ControlBlockette(42).digits(42, 4), "rid:42"},
-      {ControlBlockette(43).digits(43, 4), "rid:43"},
-      {ControlBlockette(44).digits(44, 4), "rid:44"},
-      {ControlBlockette(45).digits(45, 4), "rid:45"},
-      {ControlBlockette(46).digits(46, 4), "rid:46"},
-      {ControlBlockette(47).digits(47, 4), "rid:47"},
-      {ControlBlockette(48).digits(48, 4), "rid:48"},
-  };
-  for (const Case &c : cases) {
-    BlockReader reader(one('A', c.blockette));
-    reader.decode_next();
-    EXPECT_NE(abbreviation(reader, c.key), nullptr) << c.key;
-  }
-}
-
-TEST(Dictionary, ReferenceFindsItsAbbreviation) {
-  VolumeWriter writer(4096);
-  writer.control('A', {unit(3), unit(4)});
-  writer.control('S',
-                 channel_with_subchannel("0000").digits(9, 3).var("").digits(3, 3).digits(5, 3));
-  BlockReader reader(writer.bytes());
-  reader.decode_next();
-  reader.decode_next();
-  const Arr *contents = reader.decode_next()->contents;
-  EXPECT_EQ(entry_of(contents, "sunits").ref, abbreviation(reader, "uid:3"));
-  EXPECT_NE(entry_of(contents, "sunits").ref, nullptr);
-  EXPECT_EQ(entry_of(contents, "cunits").ref, nullptr) << "a code that nothing defines";
-  EXPECT_EQ(entry_of(contents, "inst_gid").ref, nullptr) << "a code of another kind";
-  EXPECT_EQ(entry_of(contents, "subchan").ref, nullptr) << "no code at all";
-}
-
-TEST(Dictionary, AbbreviationRefersToAnother) {
-  VolumeWriter writer(4096);
-  writer.control('A', {unit(3), ControlBlockette(31).raw("0007").raw("X").var("Gap").raw("003")});
-  BlockReader reader(writer.bytes());
-  reader.decode_next();
-  reader.decode_next();
-  const SDBlk *comment = abbreviation(reader, "cid:7");
-  ASSERT_NE(comment, nullptr);
-  EXPECT_EQ(entry_of(comment->contents, "uid").ref, abbreviation(reader, "uid:3"));
-}
-
-TEST(Dictionary, SecondDefinitionIsRefused) {
-  VolumeWriter writer(4096);
-  BlockReader reader(writer.control('A', {unit(3), unit(3, "PA", "Pressure")}).bytes());
-  reader.decode_next();
-  const LogCapture log;
-  EXPECT_EQ(sdblk_unstuffblk(reader.next()), -1);
-  EXPECT_EQ(registered(),
-            "sdblk_unstuff_sblk: Abbreviation uid:3 already defined.\n"
-            "sdblk_unstuffblk: sdblk_unstuff_blk error for B0034 at A:000001\n");
-  EXPECT_EQ(text_of(abbreviation(reader, "uid:3")->contents, "name"), "M/S");
-}
-
-TEST(Dictionary, SameCodeOfAnotherKindIsNoSecondDefinition) {
-  VolumeWriter writer(4096);
-  writer.control('A', {unit(3), ControlBlockette(33).raw("003").var("Net")});
-  BlockReader reader(writer.bytes());
-  reader.decode_next();
-  EXPECT_EQ(sdblk_unstuffblk(reader.next()), 0);
-  EXPECT_EQ(countarr(reader.vol()->abbrs), 2);
-}
-
-TEST(Dictionary, BlocketteThatFailsIsNotKept) {
-  BlockReader reader(one('A', ControlBlockette(48).raw("0009").var("GAIN").raw("one")));
-  const LogCapture log;
-  EXPECT_EQ(sdblk_unstuffblk(reader.next()), -1);
-  EXPECT_EQ(countarr(reader.vol()->abbrs), 0);
-}
-
-TEST(Dictionary, WithoutACurrentBlockTheCopyFails) {
-  Walk walk("7", {field("uid", 'D', 1, "#", SDBLK_ABBR_KEY)});
-  const LogCapture log;
-  EXPECT_EQ(walk.run(), -1);
-  EXPECT_EQ(registered(), "sdblk_unstuff_sblk: sdblk_copy(abbr_ref) error.\n");
 }
 
 // ---- data that ends early ----
@@ -1046,57 +746,6 @@ TEST(Walker, ManyFieldsKeepTheirKeys) {
   EXPECT_EQ(countarr(walk.array()), 100);
   for (int i = 0; i < 100; ++i)
     EXPECT_EQ(integer_of(walk.array(), keys[static_cast<std::size_t>(i)].c_str()), i);
-}
-
-// ---- one field's bytes ----
-
-struct Cut {
-  std::string text;
-  std::ptrdiff_t consumed;
-  std::int32_t remaining;
-};
-
-Cut cut(char stype, std::int32_t width, std::string_view bytes) {
-  const SDBlkFieldDef def = field("k", stype, width, "", SDBLK_STRING);
-  const std::vector<char> exact(bytes.begin(), bytes.end());
-  const char *cursor = exact.data();
-  auto remaining = static_cast<std::int32_t>(exact.size());
-  std::array<char, 4096> text;
-  text.fill('#');
-  EXPECT_EQ(sdblk_parse_sentry(&def, &cursor, &remaining, text.data()), 0);
-  return {text.data(), cursor - exact.data(), remaining};
-}
-
-void expect_cut(const Cut &actual, std::string_view text, std::ptrdiff_t consumed,
-                std::int32_t remaining) {
-  EXPECT_EQ(actual.text, text);
-  EXPECT_EQ(actual.consumed, consumed);
-  EXPECT_EQ(actual.remaining, remaining);
-}
-
-TEST(ParseSentry, FixedTextIsTrimmed) {
-  for (const char stype : {'A', 'D', 'F'}) expect_cut(cut(stype, 5, " a b cd"), "a b", 5, 2);
-}
-
-TEST(ParseSentry, FixedTextIsCutByTheEnd) { expect_cut(cut('A', 9, " ab"), "ab", 3, 0); }
-
-TEST(ParseSentry, FixedTextEndsAtAZeroByte) { expect_cut(cut('A', 4, {"ab\0c", 4}), "ab", 4, 0); }
-
-TEST(ParseSentry, BinaryBytesAreNotTrimmed) { expect_cut(cut('B', 3, " a bc"), " a ", 3, 2); }
-
-TEST(ParseSentry, BinaryBytesAreCutByTheEnd) { expect_cut(cut('B', 4, "ab"), "ab", 2, 0); }
-
-TEST(ParseSentry, VariableTextTakesItsTerminator) {
-  expect_cut(cut('V', 2, " abc ~d"), "abc", 6, 1);
-}
-
-TEST(ParseSentry, VariableTextWithoutTerminatorTakesAll) {
-  expect_cut(cut('V', 2, "ab  "), "ab  ", 4, 0);
-}
-
-TEST(ParseSentry, OtherStorageTypesTakeNothing) {
-  expect_cut(cut('\0', 3, "abc"), "", 0, 3);
-  expect_cut(cut('Z', 3, "abc"), "", 0, 3);
 }
 
 // ---- no memory ----

@@ -1,4 +1,4 @@
-// Decoding of a block, and of control blockettes.
+// Decoding a block of either kind: sdblk_unstuffblk.
 #include "seed/block.h"
 #include "seed/sdblk.h"
 #include "seed/walk.h"
@@ -8,7 +8,7 @@ using namespace tarvik;
 
 namespace {
 
-constexpr std::int32_t kPrefixSize = 7;  // blockette type and length in front of the fields
+constexpr std::int32_t kPrefixSize = 7;  // blockette type and length before the fields
 
 }  // namespace
 
