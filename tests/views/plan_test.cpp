@@ -1,0 +1,85 @@
+#include "views/plan.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string_view>
+
+using namespace tarvik;
+
+namespace {
+
+const SDBlkDef &definition(int type) {
+  return *std::find_if(seed_blkdefs, seed_blkdefs + SEED_BLKDEFS_COUNT,
+                       [&](const SDBlkDef &def) { return def.type == type; });
+}
+
+const Plan::Field &field(const Plan &plan, std::string_view key) {
+  return *std::find_if(plan.fields.begin(), plan.fields.end(),
+                       [&](const Plan::Field &f) { return f.def->key == key; });
+}
+const Plan::Field &field(int type, std::string_view key) {
+  return field(plan_of(definition(type)), key);
+}
+
+TEST(FormOf, NumbersAndTexts) {
+  EXPECT_EQ(field(50, "sta").form, Form::text);
+  EXPECT_EQ(field(10, "version").form, Form::text);
+  EXPECT_EQ(field(50, "nchans").form, Form::integer);
+  EXPECT_EQ(field(34, "uid").form, Form::integer);
+  EXPECT_EQ(field(50, "lat").form, Form::real);
+  EXPECT_EQ(field(100, "samprate").form, Form::real);
+}
+
+TEST(FormOf, TimesAreTextsAndBinaryOnes) {
+  EXPECT_EQ(field(50, "time").form, Form::time);
+  EXPECT_EQ(field(SDBLK_DATA_RECORD, "time").form, Form::time);
+}
+
+TEST(FormOf, UlongIsUnsignedAndLongIsNot) {
+  EXPECT_EQ(field(500, "count").form, Form::unsigned_integer);
+  EXPECT_EQ(field(2000, "record").form, Form::unsigned_integer);
+  EXPECT_EQ(field(SDBLK_DATA_RECORD, "tcor").form, Form::integer);
+}
+
+TEST(FormOf, WhatRepeats) {
+  EXPECT_EQ(field(30, "keys").form, Form::texts);
+  EXPECT_EQ(field(41, "coefs").form, Form::reals);
+  EXPECT_EQ(field(53, "zeros").form, Form::group);
+  EXPECT_EQ(field(field(60, "stages").group.front(), "resps").form, Form::references);
+}
+
+TEST(PlanOf, HasTheFieldsOfTheCatalogueInOrder) {
+  const SDBlkDef &def = definition(51);
+  const Plan &plan = plan_of(def);
+  ASSERT_EQ(plan.fields.size(), 4U);
+  EXPECT_EQ(plan.defs, def.fields);
+  EXPECT_EQ(plan.fields[0].key, "\"time\":");
+  EXPECT_EQ(plan.fields[1].key, "\"endtime\":");
+  EXPECT_EQ(plan.fields[2].key, "\"cid\":");
+  EXPECT_EQ(plan.fields[3].key, "\"level\":");
+}
+
+TEST(PlanOf, EveryDefinitionHasItsOwn) {
+  for (const SDBlkDef &def : seed_blkdefs) {
+    EXPECT_EQ(plan_of(def).defs, def.fields) << def.type;
+    EXPECT_EQ(plan_of(def).fields.size(), static_cast<std::size_t>(def.nfields)) << def.type;
+  }
+}
+
+TEST(PlanOf, TellsWhatRefersToAbbreviations) {
+  EXPECT_TRUE(plan_of(definition(51)).has_references);
+  EXPECT_TRUE(field(51, "cid").refers);
+  EXPECT_FALSE(field(51, "level").refers);
+  EXPECT_FALSE(field(31, "cid").refers);
+  EXPECT_TRUE(field(31, "uid").refers);
+}
+
+TEST(PlanOf, ReferencesOfAGroupAreItsOwn) {
+  EXPECT_FALSE(plan_of(definition(60)).has_references);
+  EXPECT_TRUE(field(60, "stages").group.front().has_references);
+  EXPECT_TRUE(plan_of(definition(71)).has_references);
+  EXPECT_TRUE(field(71, "mags").group.front().has_references);
+}
+
+}  // namespace
