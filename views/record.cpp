@@ -70,7 +70,7 @@ void read_timing(const SDBlk &blockette, Chained *chained) {
   std::int32_t microseconds = 0;
   // The byte has a sign.
   if (places().microseconds.integer(blockette, &microseconds)) {
-    chained->microseconds = static_cast<std::int8_t>(microseconds);
+    chained->microseconds = microseconds < 128 ? microseconds : microseconds - 256;
   }
 }
 

@@ -101,6 +101,14 @@ struct Count {
   bool is_null;
 };
 
+// Of the fields that stand in an array so far.
+Count count_of(const Arr *array, const SDBlkFieldDef &field) {
+  const auto *entry = static_cast<const SDBlkEntry *>(getarr(array, count_key(field)));
+  if (entry == nullptr) return {0, false};
+  if (entry->definition == kNoValue) return {0, true};
+  return {std::max(entry->value.i, 0), false};
+}
+
 // A field's path, ended by a 0.
 using Path = std::array<char, 128>;
 
@@ -145,7 +153,6 @@ class Decoder {
 
   SDBlk *refer(const SDBlkFieldDef &field, std::int32_t code, std::int32_t *definition) const;
 
-  Count count_of(const Arr *array, const SDBlkFieldDef &field) const;
   void check_count(const Count &count, const SDBlkFieldDef &field, std::int64_t there);
   // Takes the elements of an array while there are bytes, as many as its count says at most.  take
   // gets the first of so many elements and says how many it took; 0 ends all, for want of memory.
@@ -331,13 +338,6 @@ bool Decoder::lookup_code(const SDBlkFieldDef &field, SDBlkEntry *entry) {
 
 // ---- groups and arrays ----
 
-Count Decoder::count_of(const Arr *array, const SDBlkFieldDef &field) const {
-  const auto *entry = static_cast<const SDBlkEntry *>(getarr(array, count_key(field)));
-  if (entry == nullptr) return {0, false};
-  if (entry->definition == kNoValue) return {0, true};
-  return {std::max(entry->value.i, 0), false};
-}
-
 void Decoder::check_count(const Count &count, const SDBlkFieldDef &field, std::int64_t there) {
   if (count.is_null) {
     note(SDBLK_NOTE_SHORT, field, "is left empty, for its count has no value");
@@ -439,7 +439,8 @@ bool Decoder::group(const SDBlkFieldDef &field, SDBlkEntry *entry) {
 bool Decoder::numbers(Arr *array, SDBlkEntry *entries, const SDBlkFieldDef &field) {
   std::array<double, kMostNumbers> values;
   const std::int32_t count = field.nsub;
-  if (source_.size() < count * kPictureWidth ||
+  const std::int64_t width = std::int64_t{count} * kPictureWidth;
+  if (source_.size() < width ||
       picture::read_fields(source_.bytes(), kPictureWidth, count, values.data()) != count) {
     return false;
   }
@@ -448,7 +449,7 @@ bool Decoder::numbers(Arr *array, SDBlkEntry *entries, const SDBlkFieldDef &fiel
     entries[i].value.d = values[static_cast<std::size_t>(i)];
     arr_append_constant(array, field.sub[i].key, &entries[i]);
   }
-  source_.take(count * kPictureWidth);
+  source_.take(width);
   return true;
 }
 
