@@ -1,5 +1,5 @@
 # Fails when a file includes another one of a layer above its own: cmd -> seed -> support,
-# and sdblk -> views -> seed.
+# and sdblk, python -> views -> seed.
 #
 #   ROOT  the project's root
 
@@ -10,15 +10,16 @@ set(may_include_seed seed support)
 set(may_include_cmd cmd seed support)
 set(may_include_views views seed support)
 set(may_include_sdblk sdblk views seed support)
+set(may_include_python python views seed support)
 set(may_include_examples seed support)
-set(layers support seed cmd views sdblk tests bench samples fuzz examples)
+set(layers support seed cmd views sdblk python tests bench samples fuzz examples)
 
 # Headers made by the build, and the one folder whose files see no more of seed than its public part.
 set(generated build_id.h build_contact.h)
 set(blkdefs_may_include seed/sdblk.h seed/conversion.h seed/line_format.h)
 
 set(faults "")
-foreach(layer IN ITEMS support seed cmd views sdblk examples)
+foreach(layer IN ITEMS support seed cmd views sdblk python examples)
   file(GLOB_RECURSE files RELATIVE "${ROOT}" "${ROOT}/${layer}/*.cpp" "${ROOT}/${layer}/*.h"
        "${ROOT}/${layer}/*.c"
   )

@@ -1,0 +1,28 @@
+import os
+from pathlib import Path
+
+import pytest
+
+ROOT = Path(__file__).resolve().parents[2]
+
+
+def volumes():
+    """The sample, and every file of the folder that SDBLK_TEST_VOLUMES names."""
+    found = [ROOT / "samples" / "demo.seed"]
+    folder = os.environ.get("SDBLK_TEST_VOLUMES")
+    if folder:
+        more = sorted(path for path in Path(folder).iterdir() if path.suffix != ".tsv")
+        assert more, f"no volumes in {folder}"
+        found += more
+    return found
+
+
+def pytest_generate_tests(metafunc):
+    if "volume" in metafunc.fixturenames:
+        paths = volumes()
+        metafunc.parametrize("volume", paths, ids=[path.name for path in paths])
+
+
+@pytest.fixture
+def demo():
+    return ROOT / "samples" / "demo.seed"
