@@ -11,6 +11,8 @@ namespace {
 // What follows a backslash, but for "u".
 constexpr std::string_view kEscapes = "\"\\/bfnrt";
 constexpr std::string_view kEscaped = "\"\\/\b\f\n\r\t";
+// What ends a number or a word.
+constexpr std::string_view kAfterValue = ",} \t\r\n";
 
 void append_utf8(std::uint32_t character, std::string *text) {
   const auto put = [text](std::uint32_t byte) { *text += static_cast<char>(byte); };
@@ -112,7 +114,7 @@ bool LineScan::pass_text() {
   return true;
 }
 
-// A number or a word ends before a comma or a brace; what nests is followed by its depth.
+// What nests is followed by its depth.
 bool LineScan::pass_value() {
   std::size_t depth = 0;
   while (!rest_.empty()) {
@@ -122,7 +124,7 @@ bool LineScan::pass_value() {
       if (depth == 0) return true;
       continue;
     }
-    if (depth == 0 && (c == ',' || c == '}')) return true;
+    if (depth == 0 && kAfterValue.find(c) != std::string_view::npos) return true;
     rest_.remove_prefix(1);
     if (c == '{' || c == '[') ++depth;
     if ((c == '}' || c == ']') && --depth == 0) return true;

@@ -2,6 +2,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <array>
+#include <cstddef>
 #include <new>
 #include <string>
 
@@ -15,16 +17,13 @@ using namespace tarvik;
 
 namespace {
 
-// A stream that was closed is taken by a descriptor that cannot be used that way, before a file of
-// the run can take its place and be written to.
+// A stream that was closed gets a descriptor that cannot be used that way, before a file of the run
+// can take its place and be written to.
 void fill_closed_streams() {
-  constexpr int kUnfit[] = {O_WRONLY, O_RDONLY, O_RDONLY};
-  for (const int unfit : kUnfit) {
-    const int descriptor = open("/dev/null", unfit);
-    if (descriptor > STDERR_FILENO) {
-      close(descriptor);
-      return;
-    }
+  constexpr std::array kUnfit = {O_WRONLY, O_RDONLY, O_RDONLY};
+  for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+    // The lowest that is free is the one that is opened.
+    if (fcntl(stream, F_GETFD) < 0) open("/dev/null", kUnfit[static_cast<std::size_t>(stream)]);
   }
 }
 

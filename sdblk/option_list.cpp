@@ -9,8 +9,8 @@ namespace {
 
 // An option that is given at most so many times (-1: any), each time with one argument.  What looks
 // like a list is not taken apart; that is switched off last, for expected switches it on.
-CLI::Option *add(CLI::App *app, const char *names, const char *value, int most,
-                 const OptionList::Take &take, const char *purpose) {
+void add(CLI::App *app, const char *names, const char *value, int most,
+         const OptionList::Take &take, const char *purpose) {
   const auto take_all = [take, names](const std::vector<std::string> &arguments) {
     for (const std::string &argument : arguments) {
       const std::string fault = take(argument);
@@ -22,14 +22,6 @@ CLI::Option *add(CLI::App *app, const char *names, const char *value, int most,
   option->type_name(value)->type_size(1)->expected(most);
   if (most < 0) option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   option->allow_extra_args(false);
-  return option;
-}
-
-OptionList::Take appending_to(std::vector<std::string> *variable) {
-  return [variable](const std::string &argument) {
-    variable->push_back(argument);
-    return std::string();
-  };
 }
 
 }  // namespace
@@ -47,11 +39,6 @@ void OptionList::path(const char *names, const char *value, std::string *variabl
   argument(names, value, take, purpose);
 }
 
-void OptionList::texts(const char *names, const char *value, std::vector<std::string> *variable,
-                       const char *purpose) {
-  arguments(names, value, appending_to(variable), purpose);
-}
-
 void OptionList::argument(const char *names, const char *value, const Take &take,
                           const char *purpose) {
   add(app_, names, value, 1, take, purpose);
@@ -62,8 +49,12 @@ void OptionList::arguments(const char *names, const char *value, const Take &tak
   add(app_, names, value, -1, take, purpose);
 }
 
-void OptionList::rest(const char *value, std::vector<std::string> *variable, const char *purpose) {
-  add(app_, value, "", -1, appending_to(variable), purpose)->allow_extra_args(true);
+void OptionList::first(const char *value, std::vector<std::string> *variable, const char *purpose) {
+  const auto take = [variable](const std::string &argument) {
+    variable->push_back(argument);
+    return std::string();
+  };
+  argument(value, "", take, purpose);
 }
 
 bool read_integer(const std::string &text, std::int32_t least, std::int32_t most,

@@ -26,15 +26,12 @@ class OptionList {
   void flag(const char *names, bool *variable, const char *purpose);
   // A path that is not empty.
   void path(const char *names, const char *value, std::string *variable, const char *purpose);
-  // One argument each time that the option is given.
-  void texts(const char *names, const char *value, std::vector<std::string> *variable,
-             const char *purpose);
   // An argument that is looked at when it is read; at most one.
   void argument(const char *names, const char *value, const Take &take, const char *purpose);
   // The same, as often as the option is given.
   void arguments(const char *names, const char *value, const Take &take, const char *purpose);
-  // All arguments that belong to no option.
-  void rest(const char *value, std::vector<std::string> *variable, const char *purpose);
+  // The first argument that belongs to no option; the others are the application's extras.
+  void first(const char *value, std::vector<std::string> *variable, const char *purpose);
 
  private:
   CLI::App *app_;

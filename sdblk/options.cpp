@@ -35,7 +35,7 @@ std::string take_workers(const std::string &argument, std::int32_t *workers) {
 }
 
 void declare_common(const Verb &verb, OptionList *list, Options *options) {
-  list->rest("FILE", &options->files, "Volumes, folders of them, - for standard input");
+  list->first("FILE...", &options->files, "Volumes, folders of them, - for standard input");
   list->path("--files-from", "LIST", &options->files_from,
              "Further paths, one a line, from a file or from standard input (-)");
   list->flag("-0", &options->nul, "The paths of LIST end in NUL instead");
@@ -60,7 +60,10 @@ void declare_common(const Verb &verb, OptionList *list, Options *options) {
 }
 
 // What the options do not say one by one.
-std::string find_fault(const Options &options) {
+std::string find_fault(const Options &options, const std::vector<std::string> &extras) {
+  for (const std::string &extra : extras) {
+    if (extra.size() > 1 && extra.starts_with('-')) return "'" + extra + "' is no option";
+  }
   if (options.schema) return {};
   if (options.files.empty() && options.files_from.empty()) return "no FILE is given";
   if (options.view.csv && !options.chosen.known.empty()) return "--known goes without --csv";
@@ -96,7 +99,6 @@ class Reader {
     try {
       std::reverse(arguments.begin(), arguments.end());  // as they are taken off
       app_.parse(arguments);
-      options->files.insert(options->files.end(), rest.begin(), rest.end());
     } catch (const CLI::CallForVersion &answer) {
       *text = std::string(answer.what()) + "\n";
       return Parsed::answer;
@@ -108,7 +110,11 @@ class Reader {
       *text = with_hint(has_verb ? error.what() : without_verb(argc, argv), *options);
       return Parsed::fault;
     }
-    const std::string fault = find_fault(*options);
+    const std::vector<std::string> extras = app_.remaining(true);
+    for (const auto &more : {extras, rest}) {
+      options->files.insert(options->files.end(), more.begin(), more.end());
+    }
+    const std::string fault = find_fault(*options, extras);
     if (fault.empty()) return Parsed::options;
     *text = with_hint(fault, *options);
     return Parsed::fault;
@@ -119,6 +125,7 @@ class Reader {
   void add(const Verb &verb, Options *options) {
     CLI::App *command = app_.add_subcommand(verb.name, verb.purpose);
     command->footer(kFooter);
+    command->allow_extras();
     command->set_version_flag("--version", kVersion);
     command->preparse_callback([&verb, command, options](std::size_t) {
       options->verb = &verb;

@@ -83,17 +83,18 @@ Progress::~Progress() {
 void Progress::show_until_end() {
   if (!wait_until(start_ + kDelay)) return;
   const std::unique_ptr<FileList> list = list_ ? list_() : nullptr;
-  for (Clock::time_point next = start_ + kDelay;; next += kShowEvery) {
+  Clock::time_point next;
+  do {
+    next = Clock::now() + kShowEvery;
     if (list != nullptr && !counted_) count_until(next, list.get());
-    if (!wait_until(next)) return;
     show();
-  }
+  } while (wait_until(next));
 }
 
 // Counts what there is to be done, as far as it comes.
 void Progress::count_until(Clock::time_point time, FileList *list) {
   FolderWalk::Found found;
-  while (Clock::now() < time) {
+  while (Clock::now() < time && !ended_) {
     if (!list->next(&found)) {
       counted_ = true;
       return;
@@ -107,7 +108,7 @@ void Progress::count_until(Clock::time_point time, FileList *list) {
 // False at the end of the run.
 bool Progress::wait_until(Clock::time_point time) {
   std::unique_lock lock(mutex_);
-  return !ended_changed_.wait_until(lock, time, [this] { return ended_; });
+  return !ended_changed_.wait_until(lock, time, [this] { return ended_.load(); });
 }
 
 void Progress::show() {

@@ -74,7 +74,7 @@ class Progress {
   bool counted_ = false;  // all_ is all
   std::mutex mutex_;
   std::condition_variable ended_changed_;
-  bool ended_ = false;
+  std::atomic<bool> ended_ = false;
   std::thread thread_;
 };
 
