@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tests/util/run_command.h"
 #include "views/view.h"
@@ -35,6 +36,23 @@ inline std::string lines_of(tarvik::View *view, std::string_view volume) {
   }
   lines.flush();
   return sink.text();
+}
+
+// The lines of a text, without their ends.
+inline std::vector<std::string> split_lines(const std::string &text) {
+  std::vector<std::string> lines;
+  std::size_t begin = 0;
+  for (std::size_t end = 0; (end = text.find('\n', begin)) != std::string::npos; begin = end + 1) {
+    lines.push_back(text.substr(begin, end - begin));
+  }
+  return lines;
+}
+
+// Those of them that begin so.
+inline std::vector<std::string> lines_with(const std::string &text, const std::string &start) {
+  std::vector<std::string> lines = split_lines(text);
+  std::erase_if(lines, [&](const std::string &line) { return !line.starts_with(start); });
+  return lines;
 }
 
 // What stands in a text between two others; throws where they are not there.
