@@ -36,6 +36,7 @@ SDBlk *new_block(std::size_t contents_bytes) {
 void release_raw(SDBlk *block) {
   SDBlkStorage *storage = block->storage;
   const bool in_use = storage != nullptr && storage->raw_in_use;
+  if (!in_use && block->blockette_raw == nullptr) return;  // as in all blocks of data
   if (!in_use || block->blockette_raw != storage->raw) {
     memory_free(block->blockette_raw);
     if (in_use) storage->raw = nullptr;

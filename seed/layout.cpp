@@ -1,5 +1,6 @@
 #include "seed/layout.h"
 
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -102,23 +103,34 @@ std::int32_t integer_at(const char *bytes) {
   }
 }
 
+// The decoded fields of one definition, in one piece of an array's pool.
+template <const auto &kFields>
+struct Decoded {
+  static constexpr std::size_t kCount = std::size(kFields);
+  static constexpr Extent kAll = extent(kFields, kCount);
+
+  std::array<ArrPair, kCount> pairs;
+  std::array<SDBlkEntry, kCount> entries;
+  std::array<char, static_cast<std::size_t>(kAll.text_room)> texts;
+};
+
 template <const auto &kFields, std::size_t kPosition, bool kBigEndian>
-void unpack_field(const char *record, const LayoutPlace &place) {
+void unpack_field(const char *record, Decoded<kFields> *decoded) {
   constexpr const SDBlkFieldDef &kField = kFields[kPosition];
   constexpr auto kConversion = static_cast<Conversion>(kField.conversion);
   constexpr Extent kBefore = extent(kFields, kPosition);
   static_assert(has_place(kField));
   const char *bytes = record + kBefore.bytes;
-  SDBlkEntry *entry = &place.entries[kPosition];
-  place.pairs[kPosition] = {place.fields[kPosition].key, entry};
-  entry->def = &place.fields[kPosition];
+  SDBlkEntry *entry = &decoded->entries[kPosition];
+  decoded->pairs[kPosition] = {kField.key, entry};
+  entry->def = &kField;
   entry->ref = nullptr;
   entry->count = 1;
   entry->pooled = 1;
   entry->definition = 0;
   if constexpr (kConversion == Conversion::text) {
-    constexpr std::int32_t kRest = extent(kFields, std::size(kFields)).bytes - kBefore.bytes;
-    entry->value.s = place.texts + kBefore.text_room;
+    constexpr std::int32_t kRest = Decoded<kFields>::kAll.bytes - kBefore.bytes;
+    entry->value.s = decoded->texts.data() + kBefore.text_room;
     keep_text<kField.width, kRest>(bytes, entry->value.s);
   } else if constexpr (kConversion == Conversion::btime) {
     entry->value.d = binary_time_at(bytes, kBigEndian);
@@ -130,9 +142,10 @@ void unpack_field(const char *record, const LayoutPlace &place) {
 }
 
 template <const auto &kFields, bool kBigEndian>
-void unpack(const char *record, const LayoutPlace &place) {
+void unpack(const char *record, void *memory) {
+  auto *decoded = static_cast<Decoded<kFields> *>(memory);
   [&]<std::size_t... kPositions>(std::index_sequence<kPositions...>) {
-    (unpack_field<kFields, kPositions, kBigEndian>(record, place), ...);
+    (unpack_field<kFields, kPositions, kBigEndian>(record, decoded), ...);
   }
   (std::make_index_sequence<std::size(kFields)>());
 }
@@ -140,12 +153,12 @@ void unpack(const char *record, const LayoutPlace &place) {
 template <const auto &kFields>
 consteval Layout make_layout() {
   static_assert(std::size(kFields) < kArrIndexFrom);
-  constexpr Extent kAll = extent(kFields, std::size(kFields));
+  static_assert(offsetof(Decoded<kFields>, pairs) == 0);
   constexpr std::int32_t kTime = time_field(kFields, std::size(kFields));
   return {kFields,
           static_cast<std::int32_t>(std::size(kFields)),
-          kAll.bytes,
-          kAll.text_room,
+          Decoded<kFields>::kAll.bytes,
+          sizeof(Decoded<kFields>),
           kTime,
           kTime < 0 ? 0 : extent(kFields, static_cast<std::size_t>(kTime)).bytes,
           unpack<kFields, true>,
@@ -163,18 +176,11 @@ constexpr Layout layouts[] = {
     make_layout<blkdefs::B0405_blkdef>(), make_layout<blkdefs::B0500_blkdef>(),
 };
 
-// One piece of the array's pool for all fields; false when memory runs out.
-bool take_place(const Layout &layout, Arena *pool, LayoutPlace *place) {
-  const auto count = static_cast<std::size_t>(layout.nfields);
-  const std::size_t fields = count * (sizeof(ArrPair) + sizeof(SDBlkEntry));
-  char *piece =
-      static_cast<char *>(pool->take(fields + static_cast<std::size_t>(layout.text_room)));
-  if (piece == nullptr) return false;
-  place->fields = layout.fields;
-  place->pairs = reinterpret_cast<ArrPair *>(piece);
-  place->entries = reinterpret_cast<SDBlkEntry *>(piece + count * sizeof(ArrPair));
-  place->texts = piece + fields;
-  return true;
+// Apart from unpack_fields, which keeps everything in registers as long as it calls nothing that
+// takes an address: it runs for each block of a data record.
+[[gnu::noinline]] int walk(Arr **contents, Feed feed, const WalkContext &context,
+                           const SDBlkDef &def) {
+  return walk_fields(contents, &feed, context, 1, def.nfields, def.fields, nullptr);
 }
 
 }  // namespace
@@ -186,20 +192,14 @@ const Layout *find_layout(const SDBlkDef &def) {
   return nullptr;
 }
 
-// In place where strict reading calls it: a call for each block of a data record costs 2 % of all.
-[[gnu::always_inline]] static inline bool unpack_in_place(const Layout &layout, Arr *array,
-                                                          const char *bytes, bool big_endian) {
-  LayoutPlace place = {};
-  if (!take_place(layout, array->pool, &place)) return false;
-  (big_endian ? layout.unpack_big : layout.unpack_little)(bytes, place);
-  array->pairs = place.pairs;
+bool unpack_layout(const Layout &layout, Arr *array, const char *bytes, bool big_endian) {
+  void *memory = array->pool->take(layout.memory);
+  if (memory == nullptr) return false;
+  (big_endian ? layout.unpack_big : layout.unpack_little)(bytes, memory);
+  array->pairs = static_cast<ArrPair *>(memory);
   array->count = static_cast<std::uint32_t>(layout.nfields);
   array->capacity = array->count;
   return true;
-}
-
-bool unpack_layout(const Layout &layout, Arr *array, const char *bytes, bool big_endian) {
-  return unpack_in_place(layout, array, bytes, big_endian);
 }
 
 int unpack_fields(Arr **contents, Feed feed, const WalkContext &context, const SDBlkDef &def) {
@@ -207,9 +207,9 @@ int unpack_fields(Arr **contents, Feed feed, const WalkContext &context, const S
   const Layout *layout = find_layout(def);
   if (layout == nullptr || layout->bytes > feed.remaining || array == nullptr ||
       array->count != 0 || array->pool == nullptr) {
-    return walk_fields(contents, &feed, context, 1, def.nfields, def.fields, nullptr);
+    return walk(contents, feed, context, def);
   }
-  return unpack_in_place(*layout, array, feed.cursor, context.big_endian)
+  return unpack_layout(*layout, array, feed.cursor, context.big_endian)
              ? 0
              : report_no_memory(def.fields[0]);
 }

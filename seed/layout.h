@@ -5,6 +5,7 @@
 #ifndef SEED_LAYOUT_H_
 #define SEED_LAYOUT_H_
 
+#include <cstddef>
 #include <cstdint>
 
 #include "seed/sdblk.h"
@@ -13,23 +14,16 @@
 
 namespace tarvik {
 
-// Where the decoded fields of one definition go.
-struct LayoutPlace {
-  const SDBlkFieldDef *fields;  // the definition's
-  ArrPair *pairs;               // one a field
-  SDBlkEntry *entries;          // one a field
-  char *texts;                  // Layout::text_room bytes
-};
-
 struct Layout {
   const SDBlkFieldDef *fields;
   std::int32_t nfields;
   std::int32_t bytes;       // that the fields take in the record
-  std::int32_t text_room;   // bytes that their texts take in memory
+  std::size_t memory;       // bytes that they take decoded: an ArrPair each, then all else
   std::int32_t time_field;  // position of the binary time among the fields, or -1
   std::int32_t time_place;  // offset of its bytes in the record
-  void (*unpack_big)(const char *record, const LayoutPlace &place);
-  void (*unpack_little)(const char *record, const LayoutPlace &place);
+  // Decodes the fields into that memory.
+  void (*unpack_big)(const char *record, void *memory);
+  void (*unpack_little)(const char *record, void *memory);
 };
 
 // The layout of a definition, or nullptr.
