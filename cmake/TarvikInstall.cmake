@@ -1,8 +1,8 @@
 # What `cmake --install` puts where, and the two ways for other projects to find it: a CMake package
 # (find_package(tarvik), target tarvik::sdblk) and a pkg-config file (sdblk.pc).
 #
-# Components, each a package of its own (cmake/TarvikPackage.cmake): command, library (the shared one)
-# and dev.
+# Components, each a package of its own (cmake/TarvikPackage.cmake): command, companion (the command
+# sdblk), library (the shared one) and dev.
 include(CMakePackageConfigHelpers)
 
 set(TARVIK_BASH_COMPLETION_DIR "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" CACHE STRING
@@ -55,6 +55,15 @@ install(FILES completions/tarvik.bash DESTINATION "${TARVIK_BASH_COMPLETION_DIR}
         RENAME tarvik COMPONENT command
 )
 install(FILES completions/_tarvik DESTINATION "${TARVIK_ZSH_COMPLETION_DIR}" COMPONENT command)
+
+if(TARGET sdblk_command)
+  install(TARGETS sdblk_command RUNTIME COMPONENT companion)
+  install(FILES man/sdblk.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT companion)
+  install(FILES completions/sdblk.bash DESTINATION "${TARVIK_BASH_COMPLETION_DIR}"
+          RENAME sdblk COMPONENT companion
+  )
+  install(FILES completions/_sdblk DESTINATION "${TARVIK_ZSH_COMPLETION_DIR}" COMPONENT companion)
+endif()
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/tarvik")
 install(

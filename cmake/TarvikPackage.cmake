@@ -1,4 +1,4 @@
-# Debian packages, made by `cpack` in the build tree or by scripts/package.sh: the command, the shared
+# Debian packages, made by `cpack` in the build tree or by scripts/package.sh: the commands, the shared
 # library where it is built, and what programs on the library are compiled with.  Debian's documents
 # are added by cmake/debian_staging.cmake.
 set(CPACK_VERBATIM_VARIABLES ON)
@@ -39,6 +39,19 @@ ${volume_text}
 This command lists every field of every block, sums up stations, channels and
 responses, or counts the blocks."
 )
+
+if(TARGET sdblk_command)
+  list(APPEND CPACK_COMPONENTS_ALL companion)
+  set(CPACK_DEBIAN_COMPANION_PACKAGE_NAME sdblk)
+  set(CPACK_DEBIAN_COMPANION_PACKAGE_SECTION science)
+  set(CPACK_DEBIAN_COMPANION_DESCRIPTION
+      "writes what SEED volumes hold as data
+${volume_text}
+This command reads volumes to their last byte, damaged ones too, and writes
+their fields, channels, responses and stretches of data as JSON Lines or
+comma-separated values, from one file or from millions."
+  )
+endif()
 
 set(library_package "libsdblk${PROJECT_VERSION_MAJOR}")
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME libsdblk-dev)

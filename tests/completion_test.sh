@@ -1,5 +1,5 @@
 #!/bin/bash
-# What the completions offer on the command line of tarvik.
+# What the completions offer on the command line of the program that a file is named after.
 #
 #   completion_test.sh bash FILE
 #   completion_test.sh zsh FILE      ends with 77, the tests' "skipped", where zsh is not there
@@ -7,6 +7,8 @@ set -eu
 
 shell=$1
 file=$2
+program=$(basename "$file" .bash)
+program=${program#_}
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 failed=0
@@ -21,7 +23,7 @@ offers() {
   shift
   got=$("complete_$shell" "$@" | LC_ALL=C sort | paste -sd, -)
   [[ $got == "$want" ]] && return
-  echo "tarvik $*: expected '$want', got '$got'"
+  echo "$program $*: expected '$want', got '$got'"
   failed=1
 }
 
@@ -29,10 +31,10 @@ complete_bash() {
   # shellcheck disable=SC1090 # the file is an argument
   (
     source "$file"
-    COMP_WORDS=(tarvik "$@")
+    COMP_WORDS=("$program" "$@")
     COMP_CWORD=$#
     COMPREPLY=()
-    [[ $(complete -p tarvik) == *' -F _tarvik tarvik' ]] && _tarvik
+    [[ $(complete -p "$program") == *" -F _$program $program" ]] && "_$program"
     ((${#COMPREPLY[@]} == 0)) || printf '%s\n' "${COMPREPLY[@]}"
   )
 }
@@ -40,7 +42,7 @@ complete_bash() {
 # A zsh in a terminal of its own types the words and a tab; its compadd writes down what it is given.
 complete_zsh() {
   : >"$scratch/found"
-  zsh -f "$scratch/type.zsh" "tarvik ${*// /\\ }" >/dev/null
+  zsh -f "$scratch/type.zsh" "$program ${*// /\\ }" >/dev/null
   # As they are called, not as they are typed.
   tr -d '\\' <"$scratch/found"
 }
@@ -79,31 +81,44 @@ zpty -w -n inner "\$1"\$'\\t'
 while zpty -r inner line; do :; done
 END
 
-test_options() {
+test_tarvik() {
   offers '-lsize,-sta,-types,-v,-vv' -
   offers '-types' -t
   offers '-v,-vv' -v
   offers '-types' -sta -lsize 512 -t
-}
-test_types() {
   offers 'A,D,M,Q,R,S,T,V' -types ''
   offers 'VA,VD,VM,VQ,VR,VS,VT' -types V
   offers 'DVA,DVM,DVQ,DVR,DVS,DVT' -types DV
   offers '' -types VASTDRQM
-}
-test_sizes() {
   offers '4096' -lsize 40
-}
-test_files() {
   offers 'alpha.seed,archive' a
   offers 'alpha.seed,archive' -v -lsize 512 -types VA a
   offers 'with blank.seed' w
   offers '' alpha.seed -
 }
 
+test_sdblk() {
+  offers 'blocks,segments,stations,volumes' ''
+  offers 'segments,stations' s
+  offers '--help,--version' --
+  offers '--raw,--record-length' blocks --r
+  offers '--record-length' volumes --r
+  offers '--known' volumes --k
+  offers '--csv' segments --c
+  offers '' blocks --c
+  offers '--accept' stations --a
+  offers '--accept' stations --accept RE --a
+  offers '--record-length,--reject' stations --re
+  offers '-o' blocks alpha.seed -o
+  offers 'A,D,M,Q,R,S,T,V' blocks --types ''
+  offers 'DVA,DVM,DVQ,DVR,DVS,DVT' blocks --types DV
+  offers '4096' blocks --record-length 40
+  offers 'alpha.seed,archive' volumes a
+  offers 'alpha.seed,archive' volumes --known a
+  offers 'alpha.seed,archive' blocks -j 2 --raw -o a
+  offers 'with blank.seed' blocks alpha.seed w
+}
+
 if ! command -v "$shell" >/dev/null; then exit 77; fi
-test_options
-test_types
-test_sizes
-test_files
+"test_$program"
 exit "$failed"

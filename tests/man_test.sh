@@ -13,7 +13,7 @@ set -eu
 lint() {
   command -v mandoc >/dev/null || exit 77
   faults=$(mandoc -T lint "$@" 2>&1 |
-    grep -Ev 'not found: Xr (tarvik 1|sdblk 3|pkg-config 1)$|outdated mandoc\.db' || true)
+    grep -Ev 'not found: Xr (tarvik 1|sdblk [13]|jq 1|pkg-config 1)$|outdated mandoc\.db' || true)
   [ -z "$faults" ] || {
     echo "$faults"
     exit 1

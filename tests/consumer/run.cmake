@@ -63,6 +63,9 @@ foreach(page IN ITEMS man/man1/tarvik.1 man/man3/sdblk.3 doc/tarvik/listing.md d
 endforeach()
 
 must("The installed command" "${stage}/bin/tarvik" "${SOURCE_DIR}/samples/demo.seed")
+if(EXISTS "${stage}/bin/sdblk")
+  must("The installed companion" "${stage}/bin/sdblk" volumes "${SOURCE_DIR}/samples/demo.seed")
+endif()
 
 build_project("${SOURCE_DIR}/tests/consumer" "${WORK_DIR}/consumer")
 must("The consumer" "${WORK_DIR}/consumer/consumer")
