@@ -134,6 +134,35 @@ SDBLK_API int64_t sdblk_block_number(const SDBlk *block);
  * Borrowed from the block (control) or the volume (data); NULL and 0 for a block without. */
 SDBLK_API const char *sdblk_raw(const SDBlk *block, int64_t *size);
 
+/* What a data record says of its samples, straight from its bytes: the block need not be decoded.
+ * Every value lies within what the file holds, whatever the header says. */
+typedef struct SDBlkSamples {
+  char station[6]; /* codes without the white space around them, ended by a 0 */
+  char location[3];
+  char channel[4];
+  char network[3];
+  const char *data;   /* the first byte of the samples ("data_offset"), borrowed from the volume;
+                             NULL where that is 0 or lies outside the record */
+  int64_t bytes;      /* from there to the record's end */
+  int32_t encoding;   /* of the first blockette 1000 ("format"); -1 without one */
+  int32_t big_endian; /* order of the samples' bytes: "order" there, else that of the header */
+  int32_t samples;    /* how many ("nsamp") */
+  double rate;        /* samples a second: of the first blockette 100 where that is finite and
+                             above 0, else from "srate_factor" and "srate_multiplier"; 0 without
+                             one, or below 0.000001 */
+  int32_t has_start;  /* 0: the start time has no value */
+  int64_t start_us;   /* microseconds since 1970-01-01T00:00:00 UTC: the start time with the
+                             microseconds of the first blockette 1001 and, unless the flags say that
+                             it is applied already, the time correction */
+  int64_t start;      /* the same in nanoseconds; the largest or least there are outside of the
+                             years 1678 to 2262 */
+  int32_t timing_quality; /* the lowest of its blockettes 1001, percent; -1 without one */
+} SDBlkSamples;
+
+/* Reads them.  Returns 0, or -1 with a message registered for a block that is no data record or has
+ * fewer than 48 bytes. */
+SDBLK_API int sdblk_samples(const SDBlk *record, SDBlkSamples *samples);
+
 /* The code of an SDBlkAbbrRef that is there but has no value. */
 #define SDBLK_NO_CODE INT32_MIN
 

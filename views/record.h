@@ -1,4 +1,4 @@
-// What views need of a data record, from its decoded fields.
+// What views need of a data record.
 #ifndef VIEWS_RECORD_H_
 #define VIEWS_RECORD_H_
 
@@ -48,7 +48,7 @@ struct DataRecord {
   std::int32_t timing_quality;  // the lowest of its blockettes 1001, or kNoQuality
 };
 
-// Reads a data record that was decoded whole.
+// Reads a data record, which need not be decoded.
 DataRecord data_record(const SDBlk &record);
 
 }  // namespace tarvik

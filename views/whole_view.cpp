@@ -46,6 +46,13 @@ SDBlkFinding WholeView::Note::finding() const {
   return finding;
 }
 
+void WholeView::decode() {
+  decoding_ = true;
+  const int decoded = sdblk_unstuffblk(block_);
+  decoding_ = false;
+  if (decoded < 0) throw std::bad_alloc();
+}
+
 // False when the lines cannot be written.
 bool WholeView::pass() {
   int result = 0;
@@ -54,10 +61,7 @@ bool WholeView::pass() {
       position_->store(input_.volume()->offset, std::memory_order_relaxed);
     }
     note_count_ = 0;
-    decoding_ = true;
-    const int decoded = sdblk_unstuffblk(block_);
-    decoding_ = false;
-    if (decoded < 0) throw std::bad_alloc();
+    if (decodes(*block_)) decode();
     block(*block_);
   }
   if (result < 0) throw std::bad_alloc();

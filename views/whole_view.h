@@ -30,7 +30,9 @@ class WholeView : public View {
   virtual void begin(const Input &input) = 0;
   // A skip, or a note on a record: it stands before the next block.
   virtual void before_block(const SDBlkFinding &finding) = 0;
-  // A decoded block.  Its notes are in notes().
+  // Whether a block's fields are wanted.  One that is not decoded brings no notes.
+  [[nodiscard]] virtual bool decodes(const SDBlk & /*block*/) const { return true; }
+  // A block, decoded where decodes says so.  Its notes are in notes().
   virtual void block(const SDBlk &block) = 0;
   virtual void end(const SDBlkWholeCounts &counts) = 0;
 
@@ -65,6 +67,7 @@ class WholeView : public View {
  private:
   static void take_finding(void *view, const SDBlkFinding *finding);
   void keep_note(const SDBlkFinding &finding);
+  void decode();
   bool pass();
   Outcome fail();
 

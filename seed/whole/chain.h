@@ -46,6 +46,10 @@ class Chain {
   // The offset that was refused.
   [[nodiscard]] std::int32_t refused() const { return following_; }
 
+  // The offsets of the blockettes that were taken since start, in their order.
+  [[nodiscard]] std::size_t count() const { return count_; }
+  [[nodiscard]] std::int32_t taken(std::size_t at) const { return taken_[at]; }
+
   static constexpr std::size_t kMost = 1024;  // blockettes that are taken
 
  private:
