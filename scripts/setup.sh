@@ -39,6 +39,7 @@ need_build() {
   need cmake has cmake
   need ninja-build has ninja
   need libcli11-dev found /usr/include/CLI/CLI.hpp /usr/local/include/CLI/CLI.hpp
+  need nlohmann-json3-dev found /usr/include/nlohmann/json.hpp /usr/local/include/nlohmann/json.hpp
   need libxml2-dev found /usr/include/libxml2/libxml/tree.h /usr/local/include/libxml2/libxml/tree.h
   need_git
 }
@@ -58,7 +59,6 @@ need_tests() {
   need_build
   need_python
   need libgtest-dev found /usr/include/gtest/gtest.h /usr/local/include/gtest/gtest.h
-  need nlohmann-json3-dev found /usr/include/nlohmann/json.hpp /usr/local/include/nlohmann/json.hpp
   need libxml2-utils has xmllint
   need jq has jq
   need sqlite3 has sqlite3

@@ -7,9 +7,9 @@ ROOT = Path(__file__).resolve().parents[2]
 
 
 def volumes():
-    """The sample, and every file of the folder that SDBLK_TEST_VOLUMES names."""
+    """The sample, and every file of the folder that TARVIK_TEST_VOLUMES names."""
     found = [ROOT / "samples" / "demo.seed"]
-    folder = os.environ.get("SDBLK_TEST_VOLUMES")
+    folder = os.environ.get("TARVIK_TEST_VOLUMES")
     if folder:
         more = sorted(path for path in Path(folder).iterdir() if path.suffix != ".tsv")
         assert more, f"no volumes in {folder}"
