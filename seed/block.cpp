@@ -51,9 +51,10 @@ SDBlkStorage *storage_of(SDBlk *block) {
   if (block->storage != nullptr) return block->storage;
   void *piece = memory_get(sizeof(SDBlkStorage));
   if (piece == nullptr) return nullptr;
-  block->storage = new (piece) SDBlkStorage{};
-  block->storage->separate = true;
-  return block->storage;
+  auto *storage = new (piece) SDBlkStorage{};
+  storage->separate = true;
+  block->storage = storage;
+  return storage;
 }
 
 void release_memory(SDBlk *block) {
