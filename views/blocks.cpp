@@ -16,6 +16,13 @@ namespace {
 constexpr std::int64_t kRawRecordBytes = 48;
 constexpr std::int64_t kRawChainedBytes = 64;
 
+// Room for the members of a line before its fields, but for the start.
+constexpr std::size_t kHeadRoom = 256;
+
+char *put_member(char *out, std::string_view key, std::int64_t value) {
+  return put_integer(put_text(out, key), value);
+}
+
 // Which blocks are wanted.
 class Choice {
  public:
@@ -56,11 +63,14 @@ class BlocksView : public WholeView {
 
   void put_number(std::string_view key, std::int64_t value) {
     char *at = out()->reserve(key.size() + kIntegerRoom);
-    out()->commit(put_integer(put_text(at, key), value));
+    out()->commit(put_member(at, key, value));
   }
-  void put_name(const SDBlk &block);
+  [[nodiscard]] const Plan &plan_of(const SDBlk &block) const {
+    return plans_[block.blkdef - seed_blkdefs];
+  }
+  void put_content(const SDBlk &block);
   void put_hex(const SDBlk &block, std::int64_t most);
-  void put_start(std::string_view kind, const SDBlk &block);
+  char *put_start(const std::string &start, const SDBlk &block);
   void put_blockette(const SDBlk &block);
   void put_record(const SDBlk &record);
   void put_chained(const SDBlk &record, const SDBlk &chained);
@@ -68,10 +78,16 @@ class BlocksView : public WholeView {
   BlocksOptions blocks_;
   Choice choice_;
   BlockCounts counts_;
+  const Plan *plans_ = plans();
+  // The start of a line, the same in all of a file: {"kind":K,"file":F,"block":
+  std::string blockette_start_;
+  std::string record_start_;
 };
 
 void BlocksView::begin(const Input &input) {
   counts_ = {};
+  blockette_start_ = R"({"kind":"blockette","file":)" + file() + R"(,"block":)";
+  record_start_ = R"({"kind":"record","file":)" + file() + R"(,"block":)";
   out()->put(R"({"kind":"volume","file":)");
   out()->put(file());
   out()->put(R"(,"schema":"sdblk-blocks/1")");
@@ -85,31 +101,28 @@ void BlocksView::before_block(const SDBlkFinding &finding) {
   end_line();
 }
 
-void BlocksView::put_name(const SDBlk &block) {
+// ,"name":N,"fields":{...},"refs":{...}
+void BlocksView::put_content(const SDBlk &block) {
   if (block.blkdef == nullptr) {
-    out()->put(R"(,"name":null,"fields":)");
+    out()->put(R"(,"name":null,"fields":null)");
     return;
   }
-  out()->put(R"(,"name":")");
-  out()->put(block.blkdef->name);
-  out()->put(R"(","fields":)");
+  const Plan &plan = plan_of(block);
+  char *at = out()->reserve(plan.name.size() + 32);
+  at = put_text(put_text(at, R"(,"name":)"), plan.name);
+  out()->commit(put_text(at, R"(,"fields":)"));
+  put_fields(out(), block, plan);
+  put_references(out(), block, plan);
 }
 
-// {"kind":K,"file":F,"block":N,"sequence":S,"record_type":L
-void BlocksView::put_start(std::string_view kind, const SDBlk &block) {
-  out()->put(R"({"kind":")");
-  out()->put(kind);
-  out()->put(R"(","file":)");
-  out()->put(file());
-  put_number(R"(,"block":)", sdblk_block_number(&block));
-  if (block.logical_sequence < 0) {
-    out()->put(R"(,"sequence":null)");
-  } else {
-    put_number(R"(,"sequence":)", block.logical_sequence);
-  }
-  out()->put(R"(,"record_type":")");
-  out()->put(block.record_type);
-  out()->put('"');
+// ...N,"sequence":S,"record_type":L after the start, in the room of the members before the fields.
+char *BlocksView::put_start(const std::string &start, const SDBlk &block) {
+  char *at = put_text(out()->reserve(start.size() + kHeadRoom), start);
+  at = put_integer(at, sdblk_block_number(&block));
+  at = put_text(at, R"(,"sequence":)");
+  at = block.logical_sequence < 0 ? put_text(at, "null") : put_integer(at, block.logical_sequence);
+  at = put_text(at, R"(,"record_type":")");
+  return put_char(put_char(at, block.record_type), '"');
 }
 
 void BlocksView::put_hex(const SDBlk &block, std::int64_t most) {
@@ -122,14 +135,12 @@ void BlocksView::put_hex(const SDBlk &block, std::int64_t most) {
 }
 
 void BlocksView::put_blockette(const SDBlk &block) {
-  put_start("blockette", block);
-  put_number(R"(,"record_offset":)", block.record_offset);
-  put_number(R"(,"offset":)", block.file_offset);
-  put_number(R"(,"length":)", block.blockette_length);
-  put_number(R"(,"type":)", block.blockette_type);
-  put_name(block);
-  put_fields(out(), block);
-  put_references(out(), block);
+  char *at = put_start(blockette_start_, block);
+  at = put_member(at, R"(,"record_offset":)", block.record_offset);
+  at = put_member(at, R"(,"offset":)", block.file_offset);
+  at = put_member(at, R"(,"length":)", block.blockette_length);
+  out()->commit(put_member(at, R"(,"type":)", block.blockette_type));
+  put_content(block);
   if (blocks_.raw) {
     std::int64_t size = 0;
     const char *bytes = sdblk_raw(&block, &size);
@@ -140,25 +151,25 @@ void BlocksView::put_blockette(const SDBlk &block) {
 }
 
 void BlocksView::put_chained(const SDBlk &record, const SDBlk &chained) {
-  put_number(R"({"type":)", chained.blockette_type);
-  put_number(R"(,"offset":)", chained.file_offset - record.file_offset);
-  put_name(chained);
-  put_fields(out(), chained);
-  put_references(out(), chained);
+  char *at = out()->reserve(kHeadRoom);
+  if (&chained != record.next) at = put_char(at, ',');
+  at = put_member(at, R"({"type":)", chained.blockette_type);
+  out()->commit(put_member(at, R"(,"offset":)", chained.file_offset - record.file_offset));
+  put_content(chained);
   if (blocks_.raw) put_hex(chained, kRawChainedBytes);
   out()->put('}');
 }
 
 void BlocksView::put_record(const SDBlk &record) {
-  put_start("record", record);
-  put_number(R"(,"offset":)", record.file_offset);
-  put_number(R"(,"length":)", record.blockette_length);
-  out()->put(record.big_endian != 0 ? R"(,"byte_order":"big","fields":)"
-                                    : R"(,"byte_order":"little","fields":)");
-  put_fields(out(), record);
+  char *at = put_start(record_start_, record);
+  at = put_member(at, R"(,"offset":)", record.file_offset);
+  at = put_member(at, R"(,"length":)", record.blockette_length);
+  at = put_text(at, record.big_endian != 0 ? R"(,"byte_order":"big","fields":)"
+                                           : R"(,"byte_order":"little","fields":)");
+  out()->commit(at);
+  put_fields(out(), record, plan_of(record));
   out()->put(R"(,"blockettes":[)");
   for (const SDBlk *chained = record.next; chained != nullptr; chained = chained->next) {
-    if (chained != record.next) out()->put(',');
     put_chained(record, *chained);
   }
   out()->put(']');

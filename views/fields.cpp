@@ -1,6 +1,9 @@
 #include "views/fields.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 #include "support/line.h"
@@ -9,6 +12,25 @@
 namespace tarvik {
 namespace {
 
+// Room for a key and a value of one piece.
+constexpr std::size_t kValueRoom = std::max({kIntegerRoom, kRealRoom, kTimeRoom, kShortTextRoom});
+constexpr std::size_t kMemberRoom = MemberKey::kRoom + kValueRoom;
+
+char *put_null(char *out) { return put_text(out, "null"); }
+
+// Writes a value of one piece at out; nullptr for any other.
+char *put_piece(char *out, const SDBlkEntry &entry, Form form) {
+  if (!sdblk_has_value(&entry)) return put_null(out);
+  switch (form) {
+    case Form::integer: return put_integer(out, entry.value.i);
+    case Form::unsigned_integer: return put_integer(out, static_cast<std::uint32_t>(entry.value.i));
+    case Form::real: return put_json_real(out, entry.value.d);
+    case Form::time: return put_json_time(out, entry.value.d);
+    case Form::text: return put_short_json_text(out, entry.value.s);
+    default: return nullptr;
+  }
+}
+
 // Writes the fields of one list of a volume's blocks.
 class Writer {
  public:
@@ -16,12 +38,10 @@ class Writer {
 
   // "{...}"; that of a repetition has its references as last key.
   void object(const Arr *contents, const Plan &plan) {
-    out_->put('{');
     members(contents, plan);
     out_->put('}');
   }
   void repetition(const Arr *contents, const Plan &plan) {
-    out_->put('{');
     const bool any = members(contents, plan);
     if (plan.has_references) references(contents, plan, any);
     out_->put('}');
@@ -32,12 +52,8 @@ class Writer {
 
  private:
   bool members(const Arr *contents, const Plan &plan);
-  void reference(std::int32_t definition);
-  void null() { out_->put("null"); }
-  void integer(std::int64_t value) {
-    out_->commit(put_integer(out_->reserve(kIntegerRoom), value));
-  }
-  void real(double value) { out_->commit(put_json_real(out_->reserve(kRealRoom), value)); }
+  void long_value(const SDBlkEntry &entry, const Plan::Field &field);
+  char *put_reference(char *out, std::int32_t definition);
 
   // "[...]" with the elements of an array.
   template <typename Put>
@@ -49,68 +65,79 @@ class Writer {
     }
     out_->put(']');
   }
+  // The same with elements of one piece, each written where put is told.
+  template <typename Put>
+  void pieces(std::int32_t count, Put put) {
+    char separator = '[';
+    for (std::int32_t i = 0; i < count; ++i) {
+      out_->commit(put(put_char(out_->reserve(1 + kValueRoom), separator), i));
+      separator = ',';
+    }
+    if (count <= 0) out_->put('[');
+    out_->put(']');
+  }
 
   TextBuffer *out_;
   const SDBlkVol *vol_;
 };
 
 void Writer::value(const SDBlkEntry &entry, const Plan::Field &field) {
-  if (!sdblk_has_value(&entry)) {
-    null();
-    return;
-  }
-  switch (field.form) {
-    case Form::text: put_json_text(out_, entry.value.s); return;
-    case Form::integer: integer(entry.value.i); return;
-    case Form::unsigned_integer: integer(sdblk_integer(&entry)); return;
-    case Form::real: real(entry.value.d); return;
-    case Form::time: out_->commit(put_json_time(out_->reserve(kTimeRoom), entry.value.d)); return;
-    case Form::texts:
-      array(entry.count, [&](std::int32_t i) { put_json_text(out_, entry.value.sa[i]); });
-      return;
-    case Form::reals:
-      array(entry.count, [&](std::int32_t i) {
-        const double element = entry.value.da[i];
-        std::isnan(element) ? null() : real(element);
-      });
-      return;
-    case Form::integers:
-      array(entry.count, [&](std::int32_t i) { integer(entry.value.ia[i]); });
-      return;
-    case Form::references:
-      array(entry.count, [&](std::int32_t i) {
-        const std::int32_t code = entry.value.ra[i].code;
-        code == SDBLK_NO_CODE ? null() : integer(code);
-      });
-      return;
-    case Form::group:
-      array(entry.count,
-            [&](std::int32_t i) { repetition(entry.value.ea[i], field.group.front()); });
-      return;
+  char *end = put_piece(out_->reserve(kValueRoom), entry, field.form);
+  if (end != nullptr) {
+    out_->commit(end);
+  } else {
+    long_value(entry, field);
   }
 }
 
-// Whether there are any.
+void Writer::long_value(const SDBlkEntry &entry, const Plan::Field &field) {
+  const auto &value = entry.value;
+  switch (field.form) {
+    case Form::texts:
+      array(entry.count, [&](std::int32_t i) { put_json_text(out_, value.sa[i]); });
+      return;
+    case Form::reals:
+      pieces(entry.count, [&](char *out, std::int32_t i) {
+        return std::isnan(value.da[i]) ? put_null(out) : put_json_real(out, value.da[i]);
+      });
+      return;
+    case Form::integers:
+      pieces(entry.count, [&](char *out, std::int32_t i) { return put_integer(out, value.ia[i]); });
+      return;
+    case Form::references:
+      pieces(entry.count, [&](char *out, std::int32_t i) {
+        const std::int32_t code = value.ra[i].code;
+        return code == SDBLK_NO_CODE ? put_null(out) : put_integer(out, code);
+      });
+      return;
+    case Form::group:
+      array(entry.count, [&](std::int32_t i) { repetition(value.ea[i], field.group.front()); });
+      return;
+    default: put_json_text(out_, value.s); return;
+  }
+}
+
+// "{" and the members; whether there are any.
 bool Writer::members(const Arr *contents, const Plan &plan) {
   std::int32_t position = 0;
   for (const Plan::Field &field : plan.fields) {
     const SDBlkEntry *entry = sdblk_entry_at(contents, plan.defs, position);
     if (entry == nullptr) break;  // what follows is absent too
-    char *out = out_->reserve(field.key.size() + 1);
-    if (position > 0) *out++ = ',';
-    out_->commit(put_text(out, field.key));
-    value(*entry, field);
+    char *out = out_->reserve(kMemberRoom);
+    char *value = field.key.put(out);
+    if (position == 0) *out = '{';  // in the place of the comma
+    char *end = put_piece(value, *entry, field.form);
+    out_->commit(end != nullptr ? end : value);
+    if (end == nullptr) long_value(*entry, field);
     ++position;
   }
+  if (position == 0) out_->put('{');
   return position > 0;
 }
 
-void Writer::reference(std::int32_t definition) {
-  if (definition > 0) {
-    integer(sdblk_definition_number(vol_, definition, 0));
-  } else {
-    null();
-  }
+char *Writer::put_reference(char *out, std::int32_t definition) {
+  if (definition <= 0) return put_null(out);
+  return put_integer(out, sdblk_definition_number(vol_, definition, 0));
 }
 
 void Writer::references(const Arr *contents, const Plan &plan, bool after_some) {
@@ -124,13 +151,14 @@ void Writer::references(const Arr *contents, const Plan &plan, bool after_some) 
     if (!sdblk_has_value(entry)) continue;
     out_->put(any ? "," : after_some ? ",\"refs\":{" : "\"refs\":{");
     any = true;
-    out_->put(field.key);
+    out_->put(field.key.as_first());
     if (field.form == Form::references) {
-      array(entry->count, [&](std::int32_t i) {
-        reference(sdblk_definition_of(vol_, field.def->abbr_key, entry->value.ra[i].code));
+      pieces(entry->count, [&](char *out, std::int32_t i) {
+        const std::int32_t code = entry->value.ra[i].code;
+        return put_reference(out, sdblk_definition_of(vol_, field.def->abbr_key, code));
       });
     } else {
-      reference(entry->definition);
+      out_->commit(put_reference(out_->reserve(kIntegerRoom), entry->definition));
     }
   }
   if (any) out_->put('}');
@@ -138,17 +166,11 @@ void Writer::references(const Arr *contents, const Plan &plan, bool after_some) 
 
 }  // namespace
 
-void put_fields(TextBuffer *out, const SDBlk &block) {
-  if (block.blkdef == nullptr) {
-    out->put("null");
-  } else {
-    Writer(out, block.vol).object(block.contents, plan_of(*block.blkdef));
-  }
+void put_fields(TextBuffer *out, const SDBlk &block, const Plan &plan) {
+  Writer(out, block.vol).object(block.contents, plan);
 }
 
-void put_references(TextBuffer *out, const SDBlk &block) {
-  if (block.blkdef == nullptr) return;
-  const Plan &plan = plan_of(*block.blkdef);
+void put_references(TextBuffer *out, const SDBlk &block, const Plan &plan) {
   if (plan.has_references) Writer(out, block.vol).references(block.contents, plan, true);
 }
 

@@ -8,13 +8,13 @@
 
 namespace tarvik {
 
-// Writes "{...}" with the fields of a block that are there, in the order of the catalogue, or
-// "null" for a block without a definition.
-void put_fields(TextBuffer *out, const SDBlk &block);
+// Writes "{...}" with the fields of a block that are there, in the order of the catalogue; plan is
+// that of the block's definition.
+void put_fields(TextBuffer *out, const SDBlk &block, const Plan &plan);
 
 // Writes ",\"refs\":{...}" with the block numbers of the abbreviations that the fields of a block
 // refer to, those in groups left out; nothing where it would be empty.
-void put_references(TextBuffer *out, const SDBlk &block);
+void put_references(TextBuffer *out, const SDBlk &block, const Plan &plan);
 
 // Writes the value of one field of a block, or null where it has none; field is that of the entry,
 // or one of the same form.

@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <memory>
 
 #include "support/civil.h"
 #include "support/digits.h"
@@ -90,8 +91,10 @@ int length_of_integer(int value) {
   return length;
 }
 
+// Where more of them would be needed, the form with an exponent is shorter.
+constexpr int kMostZeros = 8;
 char *put_zeros(char *out, int count) {
-  std::memset(out, '0', static_cast<std::size_t>(count));
+  std::memset(out, '0', kMostZeros);
   return out + count;
 }
 
@@ -128,6 +131,46 @@ char *put_scientific(char *out, const ShortDecimal &decimal) {
 
 int length_of_scientific(const ShortDecimal &decimal) {
   return decimal.size + (decimal.size > 1 ? 1 : 0) + 1 + length_of_integer(decimal.exponent);
+}
+
+char *put_real(char *out, double value) {
+  if (!std::isfinite(value)) {
+    if (std::isnan(value)) return put_text(out, "\"NaN\"");
+    return put_text(out, value < 0 ? "\"-Infinity\"" : "\"Infinity\"");
+  }
+  const ShortDecimal decimal = short_decimal(value);
+  if (decimal.negative) out = put_char(out, '-');
+  return length_of_plain(decimal) <= length_of_scientific(decimal) ? put_plain(out, decimal)
+                                                                   : put_scientific(out, decimal);
+}
+
+// The same numbers come again and again: the channels of one make have the same response.  So the
+// text of a number is kept until another one takes its place.
+struct RealText {
+  double value;  // 0, which is never asked for, where nothing is kept
+  std::uint8_t size;
+  std::array<char, 23> text;
+
+  char *put(char *out) const {
+    std::memcpy(out, text.data(), text.size());
+    return out + size;
+  }
+  void keep(double number, std::string_view its_text) {
+    if (its_text.size() > text.size()) return;
+    value = number;
+    size = static_cast<std::uint8_t>(its_text.size());
+    std::memcpy(text.data(), its_text.data(), its_text.size());
+  }
+};
+
+constexpr int kRealTextBits = 12;
+
+// Where the text of a number is kept, if it is.
+RealText &text_of(double value) {
+  static thread_local const auto texts =
+      std::make_unique<RealText[]>(std::size_t{1} << kRealTextBits);
+  constexpr std::uint64_t kSpread = 0x9E3779B97F4A7C15;
+  return texts[std::bit_cast<std::uint64_t>(value) * kSpread >> (64 - kRealTextBits)];
 }
 
 // ---- times ----
@@ -188,10 +231,13 @@ char *put_moment(char *out, std::int64_t seconds, std::int64_t fraction) {
 
 // ---- texts ----
 
-bool is_plain(char c) {
-  return static_cast<unsigned char>(c) >= 0x20 && static_cast<unsigned char>(c) < 0x80 &&
-         c != '"' && c != '\\';
-}
+// Which bytes stand in a text as they are.
+constexpr auto kPlain = [] {
+  std::array<bool, 256> plain = {};
+  for (std::size_t byte = 0x20; byte < 0x80; ++byte) plain[byte] = byte != '"' && byte != '\\';
+  return plain;
+}();
+bool is_plain(char c) { return kPlain[static_cast<unsigned char>(c)]; }
 
 bool is_continuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
 
@@ -267,14 +313,12 @@ ShortDecimal short_decimal(double value) {
 }
 
 char *put_json_real(char *out, double value) {
-  if (!std::isfinite(value)) {
-    if (std::isnan(value)) return put_text(out, "\"NaN\"");
-    return put_text(out, value < 0 ? "\"-Infinity\"" : "\"Infinity\"");
-  }
-  const ShortDecimal decimal = short_decimal(value);
-  if (decimal.negative) out = put_char(out, '-');
-  return length_of_plain(decimal) <= length_of_scientific(decimal) ? put_plain(out, decimal)
-                                                                   : put_scientific(out, decimal);
+  if (value == 0.0) return put_text(out, std::signbit(value) ? "-0" : "0");
+  RealText &text = text_of(value);
+  if (text.value == value) return text.put(out);
+  char *end = put_real(out, value);
+  text.keep(value, {out, static_cast<std::size_t>(end - out)});
+  return end;
 }
 
 char *put_json_tick_time(char *out, std::int64_t microseconds) {
@@ -322,6 +366,17 @@ void put_json_text(TextBuffer *out, std::string_view text) {
   }
   *at++ = '"';
   out->commit(at);
+}
+
+char *put_short_json_text(char *out, const char *text) {
+  *out++ = '"';
+  const char *end = text + kShortText;
+  for (; is_plain(*text); ++text) {
+    if (text == end) return nullptr;
+    *out++ = *text;
+  }
+  *out = '"';
+  return *text == '\0' ? out + 1 : nullptr;
 }
 
 std::string json_text(std::string_view text) {

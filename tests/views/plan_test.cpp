@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <stdexcept>
+#include <string>
 #include <string_view>
 
 using namespace tarvik;
@@ -49,15 +52,35 @@ TEST(FormOf, WhatRepeats) {
   EXPECT_EQ(field(field(60, "stages").group.front(), "resps").form, Form::references);
 }
 
+std::string put(const MemberKey &key) {
+  std::array<char, MemberKey::kRoom> room;
+  return {room.data(), key.put(room.data())};
+}
+
+TEST(MemberKeyPut, HasACommaBefore) {
+  EXPECT_EQ(put(MemberKey("time")), ",\"time\":");
+  EXPECT_EQ(MemberKey("time").as_first(), "\"time\":");
+}
+
+TEST(MemberKeyPut, LongestThatFitsIsWhole) {
+  const std::string longest(MemberKey::kRoom - 4, 'k');
+  EXPECT_EQ(put(MemberKey(longest)), ",\"" + longest + "\":");
+  EXPECT_THROW(MemberKey(longest + "k"), std::out_of_range);
+}
+
 TEST(PlanOf, HasTheFieldsOfTheCatalogueInOrder) {
   const SDBlkDef &def = definition(51);
   const Plan &plan = plan_of(def);
   ASSERT_EQ(plan.fields.size(), 4U);
   EXPECT_EQ(plan.defs, def.fields);
-  EXPECT_EQ(plan.fields[0].key, "\"time\":");
-  EXPECT_EQ(plan.fields[1].key, "\"endtime\":");
-  EXPECT_EQ(plan.fields[2].key, "\"cid\":");
-  EXPECT_EQ(plan.fields[3].key, "\"level\":");
+  EXPECT_EQ(plan.fields[0].key.as_first(), "\"time\":");
+  EXPECT_EQ(plan.fields[1].key.as_first(), "\"endtime\":");
+  EXPECT_EQ(plan.fields[2].key.as_first(), "\"cid\":");
+  EXPECT_EQ(plan.fields[3].key.as_first(), "\"level\":");
+}
+
+TEST(PlanOf, HasTheNameAsAJsonText) {
+  EXPECT_EQ(plan_of(definition(51)).name, "\"Station Comment Blockette\"");
 }
 
 TEST(PlanOf, EveryDefinitionHasItsOwn) {
