@@ -11,6 +11,7 @@
 #include "python/lines.h"
 #include "python/log.h"
 #include "python/packed.h"
+#include "python/records.h"
 #include "python/volume.h"
 
 namespace py = pybind11;
@@ -248,4 +249,5 @@ PYBIND11_MODULE(_sdblk, module) {
   add_block(&module);
   add_volume(&module);
   add_lines(&module);
+  add_records(&module);
 }

@@ -12,6 +12,7 @@ from collections.abc import Mapping as _Mapping
 
 from ._catalogue import Definition, Field, catalogue
 from ._error import Error
+from ._records import records
 from ._sdblk import Block, Volume, __version__, open
 from ._views import blocks, segments, stations, volumes
 
@@ -27,6 +28,7 @@ __all__ = [
     "blocks",
     "catalogue",
     "open",
+    "records",
     "segments",
     "stations",
     "volumes",

@@ -3,13 +3,16 @@ from os import PathLike
 from types import TracebackType
 from typing import Any, Optional, Protocol, TypedDict, TypeVar, Union, overload
 
+import numpy as np
+import numpy.typing as npt
+
 _Default = TypeVar("_Default")
 
 class _HasBytes(Protocol):
     def __len__(self) -> int: ...
 
-_Path = Union[str, PathLike[str], PathLike[bytes]]
-_Source = Union[_Path, bytes, bytearray, memoryview, _HasBytes]
+Path = Union[str, PathLike[str], PathLike[bytes]]
+Source = Union[Path, bytes, bytearray, memoryview, _HasBytes]
 
 class _Skip(TypedDict):
     offset: int
@@ -101,10 +104,10 @@ class Volume:
     @property
     def messages(self) -> list[str]: ...
 
-def open(source: _Source, *, strict: bool = False, record_length: int = 4096) -> Volume: ...
+def open(source: Source, *, strict: bool = False, record_length: int = 4096) -> Volume: ...
 
 class Lines:
-    def read(self, file: _Path) -> bytes: ...
+    def read(self, file: Path) -> bytes: ...
 
 def blocks(record_length: int, raw: bool, types: str, blockettes: list[int]) -> Lines: ...
 def stations(
@@ -116,6 +119,7 @@ def stations(
 ) -> Lines: ...
 def volumes(record_length: int) -> Lines: ...
 def segments(record_length: int) -> Lines: ...
+def records(source: Source, record_length: int) -> npt.NDArray[np.uint8]: ...
 def catalogue() -> tuple[tuple[Any, ...], ...]: ...
 
 __version__: str

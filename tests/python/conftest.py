@@ -2,8 +2,13 @@ import os
 from pathlib import Path
 
 import pytest
+from hypothesis import settings
 
 ROOT = Path(__file__).resolve().parents[2]
+
+# Nothing is written beside the sources.
+settings.register_profile("sdblk", database=None, deadline=None)
+settings.load_profile("sdblk")
 
 
 def volumes():

@@ -27,8 +27,8 @@ def channel(code="BHZ", units=1, start="2020,001", azimuth="045.0"):
     """A blockette 52 that refers to the units given by their code."""
     return blockette(
         52,
-        f"00{code}0000001{'Vault'}~{units:03d}{units:03d}+64.500000-016.250000+0688.0002.5"
-        f"{azimuth}-90.0000109 2.0000E+01 1.0000E-050000CG~{start}~~N",
+        f"00{code}0000001Vault~{units:0>3}{units:0>3}+64.500000-016.250000+0688.0002.5"
+        f"{azimuth}-90.00001082.0000E+011.0000E-050000CG~{start}~~N",
     )
 
 
@@ -105,8 +105,9 @@ def rate(value, order=">"):
 
 def dataless():
     """Two units, of which the second is not readable as UTF-8, and a channel that refers to one."""
+    station = "DYNGA+64.500000-016.250000+0688.00001000Lava~0013210102020,001~~NXX"
     return (
         control(1, "A", unit(1, "M/S", "Velocity") + unit(2, "\xb0C", "Temperature"))
-        + control(2, "S", blockette(50, "DYNGA+64.500000-016.250000+0688.00001000Lava~0013210102020,001~~NXX"))
+        + control(2, "S", blockette(50, station))
         + control(3, "S", channel())
     )
