@@ -20,7 +20,7 @@ function start_session() {
 /^<!-- not run: / { not_run = comment($0); next }
 
 path == "" && !skipping && /^```console$/ { start_session(); next }
-path == "" && !skipping && /^```(c|cpp|sh|cmake|text) [A-Za-z0-9._-]+$/ {
+path == "" && !skipping && /^```(c|cpp|sh|cmake|python|text) [A-Za-z0-9._-]+$/ {
   path = folder "/tree/" $2
   printf "" > path
   next

@@ -14,7 +14,7 @@
 #   [build id]   stands for the 40 digits of the build identifier, before <#>
 #   [date]       stands for a date as ctime writes it, before <#>
 #
-# and blanks at the end of a line do not count.  A block "```cpp name.cpp" (or c, sh, cmake, text) is
+# and blanks at the end of a line do not count.  A block "```cpp name.cpp" (or c, sh, cmake, python, text) is
 # written into that folder under its name, for the sessions after it.  A line before a session
 #
 #   <!-- run if: command -->    runs it only where the command succeeds (a tool that may be missing)
@@ -22,7 +22,7 @@
 #
 # says so in the test's output.  In a clone FROM_CLONE is set.
 #
-# Environment, for a reader who has installed it: TARVIK the command; BUILD_DIR where it was built; CXX, CC,
+# Environment, for a reader who has installed it: TARVIK and SDBLK the commands; BUILD_DIR where it was built; CXX, CC,
 # COMPILE_FLAGS the compilers with the options that the build needs.
 set -eu
 
@@ -33,7 +33,7 @@ if [ "$1" = --clone ]; then
   export FROM_CLONE=yes
   shift
 else
-  : "${TARVIK:?}" "${BUILD_DIR:?}"
+  : "${TARVIK:?}" "${SDBLK:?}" "${BUILD_DIR:?}"
 fi
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
@@ -64,6 +64,7 @@ new_installation() {
     [ "${entry##*/}" = build ] || ln -s "$entry" "$scratch/tree"
   done
   ln -s "$TARVIK" "$scratch/bin/tarvik"
+  ln -s "$SDBLK" "$scratch/bin/sdblk"
   compiler c++ "${CXX:-c++}"
   compiler cc "${CC:-cc}"
   # The library is for the pages that use it.
