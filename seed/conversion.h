@@ -10,7 +10,6 @@
 namespace tarvik {
 
 enum class Conversion : std::uint8_t {
-  undecided,  // worked out at each use: a definition that was made by hand
   text,
   digits,  // decimal integer
   byte,
@@ -19,9 +18,8 @@ enum class Conversion : std::uint8_t {
   uword,
   integer32,  // LONG and ULONG: the same 32 bits
   lookup_code,
-  real,        // decimal real number
-  scientific,  // the same, most likely written as "-#.#####E-##"
-  time,        // SEED time text
+  real,  // decimal real number
+  time,  // SEED time text
   btime,
   ieee_float,
   int_array,
@@ -45,7 +43,6 @@ constexpr Conversion conversion_of_real(std::string_view format) {
   if (format == "TIME") return Conversion::time;
   if (format == "BTIME") return Conversion::btime;
   if (format == "FLOAT") return Conversion::ieee_float;
-  if (format == "-#.#####E-##") return Conversion::scientific;
   return Conversion::real;
 }
 

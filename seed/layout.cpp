@@ -52,7 +52,7 @@ consteval Extent extent(const SDBlkFieldDef *fields, std::size_t position) {
 consteval std::int32_t time_field(const SDBlkFieldDef *fields, std::size_t count) {
   std::int32_t found = -1;
   for (std::size_t i = 0; i < count; ++i) {
-    if (static_cast<Conversion>(fields[i].conversion) != Conversion::btime) continue;
+    if (conversion_of(fields[i].kind, fields[i].format) != Conversion::btime) continue;
     if (found >= 0) throw "a layout with two times";
     found = static_cast<std::int32_t>(i);
   }
@@ -117,7 +117,7 @@ struct Decoded {
 template <const auto &kFields, std::size_t kPosition, bool kBigEndian>
 void unpack_field(const char *record, Decoded<kFields> *decoded) {
   constexpr const SDBlkFieldDef &kField = kFields[kPosition];
-  constexpr auto kConversion = static_cast<Conversion>(kField.conversion);
+  constexpr Conversion kConversion = conversion_of(kField.kind, kField.format);
   constexpr Extent kBefore = extent(kFields, kPosition);
   static_assert(has_place(kField));
   const char *bytes = record + kBefore.bytes;
@@ -180,7 +180,7 @@ constexpr Layout layouts[] = {
 // takes an address: it runs for each block of a data record.
 [[gnu::noinline]] int walk(Arr **contents, Feed feed, const WalkContext &context,
                            const SDBlkDef &def) {
-  return walk_fields(contents, &feed, context, 1, def.nfields, def.fields, nullptr);
+  return walk_fields(contents, &feed, context, 1, list_of(def), nullptr);
 }
 
 }  // namespace

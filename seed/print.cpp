@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "seed/conversion.h"
+#include "seed/facts.h"
 #include "seed/line_format.h"
 #include "seed/sdblk.h"
 #include "seed/time_text.h"
@@ -168,6 +169,13 @@ bool only_digits_change(std::int64_t index) { return index > 0 && index < 10000;
 // there are several.
 class LinePrefix : public LineStart<kRepetitionBuffer> {
  public:
+  LinePrefix() = default;
+  // That of a block's own fields.
+  explicit LinePrefix(std::string_view prefix) {
+    require_fit("sdblk_printblk", prefix.size() + kIndent.size(), kPrefixBuffer);
+    append(prefix);
+    append(kIndent);
+  }
   // For indexes from 0 to count - 1, each one more than the one before.
   void number(std::string_view prefix, std::int64_t index, std::int64_t count) {
     if (count == 1) {
@@ -187,11 +195,6 @@ class LinePrefix : public LineStart<kRepetitionBuffer> {
     append(index);
   }
 };
-
-std::string_view key_of(const SDBlkFieldDef &field) {
-  return field.key_length == 0 ? std::string_view(field.key)
-                               : std::string_view(field.key, field.key_length);
-}
 
 // What stands before the values of an array's elements: prefix and "key[0007] = ".
 class ElementStart : public LineStart<kRepetitionBuffer + kNameBuffer + kNameColumns> {
@@ -233,14 +236,14 @@ class ElementStart : public LineStart<kRepetitionBuffer + kNameBuffer + kNameCol
 class FieldLine {
  public:
   // "%s%-10s = " of a field, with room for a value of value_size bytes.
-  FieldLine(const LinePrefix &prefix, const SDBlkFieldDef &field, std::size_t value_size = 0) {
-    if (field.label_length == 0) {
-      start(prefix, key_of(field), value_size);
+  FieldLine(const LinePrefix &prefix, const FieldFacts &field, std::size_t value_size = 0) {
+    if (field.label_size == 0) {
+      start(prefix, field.key(), value_size);
       return;
     }
     out_ = prefix.put(elog_reserve(prefix.size() + value_size + kNumberRoom));
-    std::memcpy(out_, field.label, sizeof field.label);
-    out_ += field.label_length;
+    std::memcpy(out_, field.label.data(), field.label.size());
+    out_ += field.label_size;
   }
   // The same of an element of an array, with its name there.
   explicit FieldLine(const ElementStart &start, std::size_t value_size = 0)
@@ -265,45 +268,39 @@ class FieldLine {
 
 void print_block(const SDBlk &block, std::string_view prefix, std::int32_t level);
 
-// An integer, and the abbreviation that it refers to.
-void print_integer(FieldLine line, const LinePrefix &prefix, std::int32_t value,
-                   const SDBlk *reference) {
-  if (reference == nullptr) {
-    line.finish_integer(value);
-    return;
-  }
-  line.finish_reference(value);
-  print_block(*reference, prefix.text(), 1);
+// A lookup code, and the abbreviation that it refers to.
+void print_reference(FieldLine line, const LinePrefix &prefix, std::int32_t code,
+                     const SDBlk &abbreviation) {
+  line.finish_reference(code);
+  print_block(abbreviation, prefix.text(), 1);
 }
 
-bool is_time(const SDBlkFieldDef &field) {
-  auto conversion = static_cast<Conversion>(field.conversion);
-  if (conversion == Conversion::undecided) conversion = conversion_of_real(field.format);
+bool is_time(Conversion conversion) {
   return conversion == Conversion::time || conversion == Conversion::btime;
 }
 
 void print_fields(Arr *const *arrays, std::int64_t count, std::string_view prefix,
-                  std::int64_t nfields, const SDBlkFieldDef *fields);
+                  const FieldList &list);
 
-void print_group(const SDBlkFieldDef &field, const SDBlkEntry &entry, const LinePrefix &prefix) {
-  const Bounded<kNameBuffer> group_prefix("sdblk_print_sblk", prefix.text(), key_of(field));
-  print_fields(entry.value.ea, entry.count, group_prefix.text(), field.nsub, field.sub);
+void print_group(const FieldFacts &field, const SDBlkEntry &entry, const LinePrefix &prefix) {
+  const Bounded<kNameBuffer> group_prefix("sdblk_print_sblk", prefix.text(), field.key());
+  print_fields(entry.value.ea, entry.count, group_prefix.text(), list_of(field));
 }
 
 // Calls print(line, index) for the elements of an array.
 template <typename Print>
-void for_each_element(const SDBlkFieldDef &field, const SDBlkEntry &entry, const LinePrefix &prefix,
+void for_each_element(const FieldFacts &field, const SDBlkEntry &entry, const LinePrefix &prefix,
                       Print print) {
-  ElementStart start(prefix, key_of(field));
+  ElementStart start(prefix, field.key());
   for (std::int32_t i = 0; i < entry.count; ++i) {
     start.number(i);
     print(FieldLine(start), i);
   }
 }
 
-void print_string_array(const SDBlkFieldDef &field, const SDBlkEntry &entry,
+void print_string_array(const FieldFacts &field, const SDBlkEntry &entry,
                         const LinePrefix &prefix) {
-  ElementStart start(prefix, key_of(field));
+  ElementStart start(prefix, field.key());
   for (std::int32_t i = 0; i < entry.count; ++i) {
     const std::string_view text = or_empty(entry.value.sa[i]);
     start.number(i);
@@ -311,7 +308,7 @@ void print_string_array(const SDBlkFieldDef &field, const SDBlkEntry &entry,
   }
 }
 
-void print_array(const SDBlkFieldDef &field, const SDBlkEntry &entry, const LinePrefix &prefix) {
+void print_array(const FieldFacts &field, const SDBlkEntry &entry, const LinePrefix &prefix) {
   switch (entry.def->kind) {
     case SDBLK_INT_ARRAY:
       for_each_element(field, entry, prefix, [&](FieldLine line, std::int32_t i) {
@@ -326,70 +323,101 @@ void print_array(const SDBlkFieldDef &field, const SDBlkEntry &entry, const Line
     case SDBLK_STRING_ARRAY: print_string_array(field, entry, prefix); return;
     case SDBLK_REF_ARRAY:
       for_each_element(field, entry, prefix, [&](FieldLine line, std::int32_t i) {
-        print_integer(line, prefix, entry.value.ra[i].code, entry.value.ra[i].blk);
+        const SDBlkAbbrRef &reference = entry.value.ra[i];
+        if (reference.blk == nullptr) {
+          line.finish_integer(reference.code);
+        } else {
+          print_reference(line, prefix, reference.code, *reference.blk);
+        }
       });
       return;
     default: return;
   }
 }
 
-void print_string(const SDBlkFieldDef &field, const SDBlkEntry &entry, const LinePrefix &prefix) {
-  const std::string_view text = or_empty(entry.value.s);
+void print_text(const FieldFacts &field, std::string_view text, const LinePrefix &prefix) {
   FieldLine(prefix, field, text.size()).finish_text(text);
 }
 
-void print_entry(const SDBlkFieldDef &field, const SDBlkEntry &entry, const LinePrefix &prefix) {
+// In place where fields are listed, one after the other: gcc finds them too long, and the calls are
+// 5 % of a listing of data records.
+[[gnu::always_inline]] inline void print_number(const FieldFacts &field, const SDBlkEntry &entry,
+                                                const LinePrefix &prefix) {
+  const std::int32_t kind = entry.def->kind;
+  FieldLine line(prefix, field);
+  if (kind == SDBLK_INT && entry.ref != nullptr) {
+    print_reference(line, prefix, entry.value.i, *entry.ref);
+  } else if (kind != SDBLK_DOUBLE) {
+    line.finish_integer(entry.value.i);
+  } else if (is_time(field.conversion)) {
+    line.finish_time(entry.value.d);
+  } else {
+    line.finish_real(entry.value.d);
+  }
+}
+
+[[gnu::always_inline]] inline void print_entry(const FieldFacts &field, const SDBlkEntry &entry,
+                                               const LinePrefix &prefix) {
   switch (entry.def->kind) {
     case SDBLK_INT:
-      print_integer(FieldLine(prefix, field), prefix, entry.value.i, entry.ref);
-      return;
-    case SDBLK_ABBR_KEY: FieldLine(prefix, field).finish_integer(entry.value.i); return;
-    case SDBLK_DOUBLE:
-      if (is_time(field)) {
-        FieldLine(prefix, field).finish_time(entry.value.d);
-      } else {
-        FieldLine(prefix, field).finish_real(entry.value.d);
-      }
-      return;
-    case SDBLK_STRING: print_string(field, entry, prefix); return;
+    case SDBLK_ABBR_KEY:
+    case SDBLK_DOUBLE: print_number(field, entry, prefix); return;
+    case SDBLK_STRING: print_text(field, or_empty(entry.value.s), prefix); return;
     case SDBLK_GROUP_ARRAY: print_group(field, entry, prefix); return;
     default: print_array(field, entry, prefix); return;
   }
 }
 
-void print_repetition(const Arr *array, const LinePrefix &prefix, std::int64_t nfields,
-                      const SDBlkFieldDef *fields) {
-  for (std::int64_t i = 0; i < nfields; ++i) {
-    const SDBlkFieldDef &field = fields[i];
+// Long, with all that it has in place: called, not copied.
+[[gnu::noinline]] void print_repetition(const Arr *array, const LinePrefix &prefix,
+                                        std::int64_t count, const FieldFacts *facts) {
+  for (std::int64_t i = 0; i < count; ++i) {
+    const FieldFacts &field = facts[i];
     const auto *entry = static_cast<const SDBlkEntry *>(
-        arr_get_at(array, static_cast<std::uint32_t>(i), field.key));
+        arr_get_at(array, static_cast<std::uint32_t>(i), field.def->key));
     if (entry == nullptr) {
-      FieldLine(prefix, field).finish_text("UNDEFINED");
+      print_text(field, "UNDEFINED", prefix);
     } else {
       print_entry(field, *entry, prefix);
     }
   }
 }
 
+// The same of fields whose facts have to be worked out.
+void print_without_facts(const Arr *array, const LinePrefix &prefix, const FieldList &list) {
+  for (std::int64_t i = 0; i < list.count; ++i) {
+    const FieldFacts facts = facts_of(list.fields[i]);
+    print_repetition(array, prefix, 1, &facts);
+  }
+}
+
+void print_list(const Arr *array, const LinePrefix &prefix, const FieldList &list) {
+  if (list.facts == nullptr) {
+    print_without_facts(array, prefix, list);
+  } else {
+    print_repetition(array, prefix, list.count, list.facts);
+  }
+}
+
 void print_fields(Arr *const *arrays, std::int64_t count, std::string_view prefix,
-                  std::int64_t nfields, const SDBlkFieldDef *fields) {
+                  const FieldList &list) {
   LinePrefix repetition;
   for (std::int64_t i = 0; i < count; ++i) {
     repetition.number(prefix, i, count);
-    print_repetition(arrays[i], repetition, nfields, fields);
+    print_list(arrays[i], repetition, list);
   }
 }
 
 // ---- blocks ----
 
 void print_chained(const SDBlk &record, const SDBlk &chained, std::string_view prefix,
-                   std::string_view field_prefix) {
+                   const LinePrefix &field_prefix) {
   print_chained_header(chained, prefix, record.file_offset);
   if (record.data_ptr != nullptr && chained.data_ptr != nullptr) {
     print_hex_rows(prefix, chained.data_ptr, bytes_there(chained, chained.blockette_length));
   }
   if (chained.blkdef == nullptr) return;
-  print_fields(&chained.contents, 1, field_prefix, chained.blkdef->nfields, chained.blkdef->fields);
+  print_list(chained.contents, field_prefix, list_of(*chained.blkdef));
 }
 
 void print_block(const SDBlk &block, std::string_view prefix, std::int32_t level) {
@@ -397,11 +425,10 @@ void print_block(const SDBlk &block, std::string_view prefix, std::int32_t level
   if (level == 0) return;
   print_raw(block, prefix);
   if (block.blkdef == nullptr) return;
-  const Bounded<kPrefixBuffer> field_prefix("sdblk_printblk", prefix, kIndent);
-  print_fields(&block.contents, 1, field_prefix.text(), block.blkdef->nfields,
-               block.blkdef->fields);
+  const LinePrefix field_prefix(prefix);
+  print_list(block.contents, field_prefix, list_of(*block.blkdef));
   for (const SDBlk *chained = block.next; chained != nullptr; chained = chained->next) {
-    print_chained(block, *chained, prefix, field_prefix.text());
+    print_chained(block, *chained, prefix, field_prefix);
   }
 }
 
@@ -422,7 +449,7 @@ int sdblk_printblk_to(const SDBlk *block, const char *prefix, std::int32_t level
 
 int sdblk_print_sblk(Arr *const *arrays, std::int64_t count, const char *prefix,
                      std::int64_t nfields, const SDBlkFieldDef *fields) {
-  print_fields(arrays, count, prefix, nfields, fields);
+  print_fields(arrays, count, prefix, {fields, nfields, nullptr, false});
   return 0;
 }
 

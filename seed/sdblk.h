@@ -151,12 +151,6 @@ struct SDBlkFieldDef {
   int32_t nsub;             /* a repeated group: number of fields in sub; else 0 */
   const SDBlkFieldDef *sub; /* a repeated group: its fields; else NULL */
   const char *abbr_key;     /* a lookup code: key of the field that defines such codes; else NULL */
-  /* Worked out from the members above when the catalogue is compiled.  Zero in a definition made by
-   * hand, where they are worked out at each use. */
-  uint8_t key_length;   /* characters in key */
-  uint8_t conversion;   /* the decoder's choice for kind and format */
-  uint8_t label_length; /* characters in label */
-  char label[24];       /* "key        = ", as listed; not ended by a 0 */
 };
 
 /* One blockette type. */
@@ -235,8 +229,7 @@ SDBLK_API int sdblk_getv(const Arr *contents, ...) SDBLK_SENTINEL;
 
 /* The entry of a key, whose field must be of a kind (SDBLK_INT takes SDBLK_ABBR_KEY too); contents
  * as above.  It lives as long as the contents.  NULL with a message registered: that of sdblk_getv
- * for a missing key, "sdblk_get_entry: entry '%s' holds %s, not %s.
-" for a field of another kind. */
+ * for a missing key, "sdblk_get_entry: entry '%s' holds %s, not %s.\n" for a field of another kind. */
 SDBLK_API const SDBlkEntry *sdblk_get_entry(const Arr *contents, const char *key, int32_t kind);
 
 /* The value of one field of the kind that the name says, with the checks of sdblk_get_entry.  Each

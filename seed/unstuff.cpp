@@ -17,7 +17,7 @@ int sdblk_unstuff_blk(SDBlkVol *vol, SDBlk *block) {
   block_forget_fields(block);
   Feed feed = {block->blockette_raw + kPrefixSize, block->blockette_length - kPrefixSize};
   return walk_fields(&block->contents, &feed, {vol, block->big_endian != 0}, 1,
-                     block->blkdef->nfields, block->blkdef->fields, nullptr);
+                     list_of(*block->blkdef), nullptr);
 }
 
 int sdblk_unstuffblk(SDBlk *block) {

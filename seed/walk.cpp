@@ -21,24 +21,8 @@ namespace {
 
 constexpr std::int32_t kShortField = 128;  // characters of the widest text field
 
-// ---- numbers in the picture of nearly all numbers of a response ----
-
-constexpr std::int32_t kScientificWidth = 12;
-
-// Those of one repetition.
-using Numbers = std::array<double, kArrIndexFrom>;
-
-bool is_scientific(const SDBlkFieldDef &field) {
-  return field.conversion == static_cast<std::uint8_t>(Conversion::scientific) &&
-         field.stype == 'F' && field.width == kScientificWidth;
-}
-
-bool is_numbers(std::int32_t nfields, const SDBlkFieldDef *fields) {
-  return nfields > 0 && nfields < static_cast<std::int32_t>(kArrIndexFrom) &&
-         std::all_of(fields, fields + nfields, is_scientific);
-}
-
-// ---- the walker ----
+// The numbers of one repetition.
+using Numbers = std::array<double, kMostNumbers>;
 
 // Decodes the fields of one repetition after the other.
 class Walker {
@@ -50,23 +34,21 @@ class Walker {
   [[nodiscard]] const Feed &rest() const { return feed_; }
 
   // 0 or -1.
-  int repetition(Arr **array, std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent);
-  // The same of a nested repetition of nothing but numbers of one picture (is_numbers), in two
-  // steps: whether all of them are there in that form, and keeping them.
-  bool read_numbers(std::int32_t nfields, Numbers *numbers) const;
-  int keep_numbers(Arr **array, std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent,
-                   const Numbers &numbers);
+  int repetition(Arr **array, const FieldList &list, Arr *parent);
+  // The same of a group of numbers of one picture (FieldFacts::is_numbers), as long as they are
+  // there in that form.
+  int repetition_of_numbers(Arr **array, const FieldList &list, Arr *parent);
 
  private:
   // Decodes one field into an entry.  0 or -1.
-  int decode(const SDBlkFieldDef &field, SDBlkEntry *entry);
+  int decode(const SDBlkFieldDef &field, const FieldFacts &facts, SDBlkEntry *entry);
   int decode_text(const SDBlkFieldDef &field, SDBlkEntry *entry);
   int decode_digits(const SDBlkFieldDef &field, SDBlkEntry *entry);
   int decode_real(const SDBlkFieldDef &field, SDBlkEntry *entry);
   int decode_int_array(const SDBlkFieldDef &field, SDBlkEntry *entry);
   int decode_double_array(const SDBlkFieldDef &field, SDBlkEntry *entry);
   int decode_string_array(const SDBlkFieldDef &field, SDBlkEntry *entry);
-  int decode_group_array(const SDBlkFieldDef &field, SDBlkEntry *entry);
+  int decode_group_array(const SDBlkFieldDef &field, const FieldFacts &facts, SDBlkEntry *entry);
   int decode_ref_array(const SDBlkFieldDef &field, SDBlkEntry *entry);
 
   // The next bytes, which must be there.
@@ -277,19 +259,18 @@ int Walker::decode_ref_array(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   return 0;
 }
 
-int Walker::decode_group_array(const SDBlkFieldDef &field, SDBlkEntry *entry) {
+int Walker::decode_group_array(const SDBlkFieldDef &field, const FieldFacts &facts,
+                               SDBlkEntry *entry) {
   if (!read_count(field, entry)) return -1;
   entry->value.ea = take_elements<Arr *>(field, *entry, "ea");
   if (entry->value.ea == nullptr) return -1;
-  return walk_fields(entry->value.ea, &feed_, context_, entry->count, field.nsub, field.sub,
+  return walk_fields(entry->value.ea, &feed_, context_, entry->count, list_of(facts),
                      array_);
 }
 
-int Walker::decode(const SDBlkFieldDef &field, SDBlkEntry *entry) {
-  auto conversion = static_cast<Conversion>(field.conversion);
-  if (conversion == Conversion::undecided) conversion = conversion_of(field.kind, field.format);
+int Walker::decode(const SDBlkFieldDef &field, const FieldFacts &facts, SDBlkEntry *entry) {
   const bool big_endian = context_.big_endian;
-  switch (conversion) {
+  switch (facts.conversion) {
     case Conversion::text: return decode_text(field, entry);
     case Conversion::byte: entry->value.i = binary<1>(field, byte_at); break;
     case Conversion::ubyte: entry->value.i = binary<1>(field, ubyte_at); break;
@@ -306,8 +287,7 @@ int Walker::decode(const SDBlkFieldDef &field, SDBlkEntry *entry) {
       if (decode_digits(field, entry) < 0) return -1;
       break;
     case Conversion::lookup_code: code_ = entry; return decode_digits(field, entry);
-    case Conversion::real:
-    case Conversion::scientific: return decode_real(field, entry);
+    case Conversion::real: return decode_real(field, entry);
     case Conversion::time: entry->value.d = seed_time(until_zero(extract(field, &feed_))); return 0;
     case Conversion::btime:
       entry->value.d = binary<kBinaryTimeSize>(
@@ -319,9 +299,8 @@ int Walker::decode(const SDBlkFieldDef &field, SDBlkEntry *entry) {
     case Conversion::int_array: return decode_int_array(field, entry);
     case Conversion::double_array: return decode_double_array(field, entry);
     case Conversion::string_array: return decode_string_array(field, entry);
-    case Conversion::group_array: return decode_group_array(field, entry);
+    case Conversion::group_array: return decode_group_array(field, facts, entry);
     case Conversion::ref_array: return decode_ref_array(field, entry);
-    case Conversion::undecided:
     case Conversion::nothing: entry->count = 0; return 0;
   }
   refer(field, entry);
@@ -349,43 +328,42 @@ void set_entry(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   entry->definition = 0;
 }
 
-bool Walker::read_numbers(std::int32_t nfields, Numbers *numbers) const {
-  return feed_.remaining >= nfields * kScientificWidth &&
-         picture::read_run<1, 5>(feed_.cursor, nfields, numbers->data()) == nfields;
-}
-
-int Walker::keep_numbers(Arr **array, std::int32_t nfields, const SDBlkFieldDef *fields,
-                         Arr *parent, const Numbers &numbers) {
-  const auto count = static_cast<std::uint32_t>(nfields);
-  SDBlkEntry *entries = take_entries(array, parent, count);
-  if (entries == nullptr) return report_no_memory(fields[0]);
-  for (std::uint32_t i = 0; i < count; ++i) {
-    set_entry(fields[i], &entries[i]);
-    entries[i].value.d = numbers[i];
-    (*array)->pairs[i] = {fields[i].key, &entries[i]};
+int Walker::repetition_of_numbers(Arr **array, const FieldList &list, Arr *parent) {
+  const auto count = static_cast<std::int32_t>(list.count);
+  Numbers numbers;
+  if (feed_.remaining < count * kPictureWidth ||
+      picture::read_fields(feed_.cursor, kPictureWidth, count, numbers.data()) < count) {
+    return repetition(array, list, parent);
   }
-  (*array)->count = count;
-  take(nfields * kScientificWidth);
+  const auto capacity = static_cast<std::uint32_t>(count);
+  SDBlkEntry *entries = take_entries(array, parent, capacity);
+  if (entries == nullptr) return report_no_memory(list.fields[0]);
+  for (std::uint32_t i = 0; i < capacity; ++i) {
+    set_entry(list.fields[i], &entries[i]);
+    entries[i].value.d = numbers[i];
+    (*array)->pairs[i] = {list.fields[i].key, &entries[i]};
+  }
+  (*array)->count = capacity;
+  take(count * kPictureWidth);
   return 0;
 }
 
-int Walker::repetition(Arr **array, std::int32_t nfields, const SDBlkFieldDef *fields,
-                       Arr *parent) {
-  if (nfields < 1) return 0;
-  const auto capacity = static_cast<std::uint32_t>(nfields);
+int Walker::repetition(Arr **array, const FieldList &list, Arr *parent) {
+  if (list.count < 1) return 0;
+  const auto capacity = static_cast<std::uint32_t>(list.count);
   SDBlkEntry *entries = take_entries(array, parent, capacity);
-  if (entries == nullptr) return report_no_memory(fields[0]);
+  if (entries == nullptr) return report_no_memory(list.fields[0]);
   array_ = *array;
   pool_ = array_->pool;
   code_ = nullptr;
   // The catalogue's keys are unique in their array; others may come twice.
-  const bool append = array_->count == 0 && capacity < kArrIndexFrom &&
-                      fields[0].conversion != static_cast<std::uint8_t>(Conversion::undecided);
-  for (std::int32_t i = 0; i < nfields && feed_.remaining >= 1; ++i) {
-    const SDBlkFieldDef &field = fields[i];
+  const bool append = array_->count == 0 && capacity < kArrIndexFrom && list.facts != nullptr;
+  FieldFacts made;
+  for (std::int64_t i = 0; i < list.count && feed_.remaining >= 1; ++i) {
+    const SDBlkFieldDef &field = list.fields[i];
     SDBlkEntry *entry = &entries[i];
     set_entry(field, entry);
-    if (decode(field, entry) < 0) return -1;
+    if (decode(field, list.facts_at(i, &made), entry) < 0) return -1;
     if (append) {
       arr_append_constant(array_, field.key, entry);
       continue;
@@ -407,16 +385,12 @@ int report_no_memory(const SDBlkFieldDef &field) {
 }
 
 int walk_fields(Arr **arrays, Feed *feed, const WalkContext &context, std::int32_t repetitions,
-                std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent) {
+                const FieldList &list, Arr *parent) {
   Walker walker(*feed, context);
-  const bool of_numbers =
-      parent != nullptr && repetitions > 0 && walker.has_more() && is_numbers(nfields, fields);
-  Numbers numbers;
   int result = 0;
   for (std::int32_t i = 0; i < repetitions && result == 0 && walker.has_more(); ++i) {
-    result = of_numbers && walker.read_numbers(nfields, &numbers)
-                 ? walker.keep_numbers(&arrays[i], nfields, fields, parent, numbers)
-                 : walker.repetition(&arrays[i], nfields, fields, parent);
+    result = list.is_numbers ? walker.repetition_of_numbers(&arrays[i], list, parent)
+                             : walker.repetition(&arrays[i], list, parent);
   }
   *feed = walker.rest();
   return result;
@@ -430,8 +404,8 @@ int sdblk_unstuff_sblk(Arr **arrays, const char **cursor, std::int32_t *remainin
                        std::int32_t big_endian, std::int32_t repetitions, SDBlkVol *vol,
                        std::int32_t nfields, const SDBlkFieldDef *fields) {
   Feed feed = {*cursor, *remaining};
-  const int result =
-      walk_fields(arrays, &feed, {vol, big_endian != 0}, repetitions, nfields, fields, nullptr);
+  const FieldList list = {fields, nfields, nullptr, false};
+  const int result = walk_fields(arrays, &feed, {vol, big_endian != 0}, repetitions, list, nullptr);
   *cursor = feed.cursor;
   *remaining = feed.remaining;
   return result;

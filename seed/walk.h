@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "seed/cut.h"
+#include "seed/facts.h"
 #include "seed/sdblk.h"
 #include "support/arr_impl.h"
 
@@ -20,7 +21,7 @@ struct WalkContext {
 // sdblk_unstuff_sblk; a null element gets an array nested in parent, or one of its own when parent
 // is null.
 int walk_fields(Arr **arrays, Feed *feed, const WalkContext &context, std::int32_t repetitions,
-                std::int32_t nfields, const SDBlkFieldDef *fields, Arr *parent);
+                const FieldList &list, Arr *parent);
 
 // Registers that there is no memory for a field's entry; -1.
 int report_no_memory(const SDBlkFieldDef &field);

@@ -2,6 +2,7 @@
 #include "seed/blkdefs/blkdefs.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -14,10 +15,12 @@
 #include "seed/blkdefs/station.h"
 #include "seed/blkdefs/timespan.h"
 #include "seed/blkdefs/volume.h"
+#include "seed/facts.h"
 #include "seed/sdblk.h"
 #include "support/elog.h"
 
 // The table belongs to the C interface, so it cannot stand in the namespace of its rows.
+using namespace tarvik;
 using namespace tarvik::blkdefs;
 
 // clang-format off
@@ -95,7 +98,63 @@ static_assert(every_field(seed_blkdefs, group_is_sane));
 static_assert(every_field(seed_blkdefs, repetition_is_sane));
 static_assert(every_field(seed_blkdefs, text_is_there));
 
+// ---- what is worked out from the rows ----
+
+constexpr std::size_t count_with_groups(Fields fields) {
+  std::size_t count = fields.size();
+  for (const SDBlkFieldDef &field : fields) {
+    if (field.nsub > 0) count += count_with_groups(group_of(field));
+  }
+  return count;
+}
+
+constexpr bool is_number(const SDBlkFieldDef &field) {
+  return field.stype == 'F' && field.width == kPictureWidth &&
+         conversion_of(field.kind, field.format) == Conversion::real;
+}
+
+// Puts the facts of fields, and after them those of their groups, from a position on; returns the
+// next one.
+constexpr std::size_t put_facts(Fields fields, std::span<FieldFacts> facts, std::size_t position) {
+  std::size_t next = position + fields.size();
+  for (const SDBlkFieldDef &field : fields) {
+    facts[position] = facts_of(field);
+    if (field.nsub > 0) {
+      const Fields group = group_of(field);
+      facts[position].inner = static_cast<std::int32_t>(next - position);
+      facts[position].is_numbers =
+          field.nsub <= kMostNumbers && std::all_of(group.begin(), group.end(), is_number);
+      next = put_facts(group, facts, next);
+    }
+    ++position;
+  }
+  return next;
+}
+
+constexpr std::size_t count_all() {
+  std::size_t count = 0;
+  for (const SDBlkDef &def : seed_blkdefs) count += count_with_groups(fields_of(def));
+  return count;
+}
+
+constexpr auto all_facts = [] {
+  std::array<FieldFacts, count_all()> facts = {};
+  std::size_t position = 0;
+  for (const SDBlkDef &def : seed_blkdefs) position = put_facts(fields_of(def), facts, position);
+  return facts;
+}();
+
 }  // namespace
+
+constexpr std::array<const FieldFacts *, SEED_BLKDEFS_COUNT> tarvik::catalogue_facts = [] {
+  std::array<const FieldFacts *, SEED_BLKDEFS_COUNT> first = {};
+  std::size_t position = 0;
+  for (std::size_t i = 0; i < first.size(); ++i) {
+    first[i] = &all_facts[position];
+    position += count_with_groups(fields_of(seed_blkdefs[i]));
+  }
+  return first;
+}();
 
 void tarvik::blkdefs::fill_index(std::span<const SDBlkDef> defs,
                                  std::span<const SDBlkDef *, SEED_BLKDEFS_INDEX_SIZE> slots) {

@@ -200,8 +200,7 @@ constexpr bool repetition_is_sane(const SDBlkFieldDef &field) {
 }
 
 constexpr bool text_is_there(const SDBlkFieldDef &field) {
-  return *field.key != '\0' && *field.title != '\0' && *field.description != '\0' &&
-         std::string_view(field.key).size() == field.key_length;
+  return *field.key != '\0' && *field.title != '\0' && *field.description != '\0';
 }
 
 }  // namespace tarvik::blkdefs

@@ -14,30 +14,17 @@
 //   title        the field's name
 //   description  one sentence on what it holds
 //
-// What a row leaves out is worked out here: counts come from the arrays, and the length of the key
-// and the decoder's choice of conversion from the columns.  A row that ends in "sic" keeps a slip
-// on purpose: the listings show it, and other programs look for it.
+// What a row leaves out is worked out here: counts come from the arrays.  A row that ends in "sic"
+// keeps a slip on purpose: the listings show it, and other programs look for it.
 #ifndef SEED_BLKDEFS_ROWS_H_
 #define SEED_BLKDEFS_ROWS_H_
 
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
 
-#include "seed/conversion.h"
-#include "seed/line_format.h"
 #include "seed/sdblk.h"
 
 namespace tarvik::blkdefs {
-
-// The key as the listing shows it.
-constexpr void set_label(SDBlkFieldDef *def, std::string_view key) {
-  std::size_t size = 0;
-  for (const char c : key) def->label[size++] = c;
-  while (size < kNameColumns) def->label[size++] = ' ';
-  for (const char c : kEquals) def->label[size++] = c;
-  def->label_length = static_cast<std::uint8_t>(size);
-}
 
 // A field that stands once.
 constexpr SDBlkFieldDef field(const char *key, char type, std::int32_t width, const char *format,
@@ -50,9 +37,6 @@ constexpr SDBlkFieldDef field(const char *key, char type, std::int32_t width, co
   def.width = width;
   def.format = format;
   def.kind = kind;
-  def.key_length = static_cast<std::uint8_t>(std::string_view(key).size());
-  def.conversion = static_cast<std::uint8_t>(conversion_of(kind, format));
-  set_label(&def, key);
   return def;
 }
 

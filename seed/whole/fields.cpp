@@ -10,6 +10,7 @@
 #include "seed/binary.h"
 #include "seed/block.h"
 #include "seed/conversion.h"
+#include "seed/facts.h"
 #include "seed/layout.h"
 #include "seed/picture.h"
 #include "seed/scan.h"
@@ -56,11 +57,6 @@ class Source {
   std::int64_t size_;
 };
 
-Conversion conversion_of_field(const SDBlkFieldDef &field) {
-  const auto conversion = static_cast<Conversion>(field.conversion);
-  return conversion == Conversion::undecided ? conversion_of(field.kind, field.format) : conversion;
-}
-
 // The key of the count of a group or an array.  Five groups of the catalogue name another field,
 // which strict reading looks for.
 const char *count_key(const SDBlkFieldDef &field) {
@@ -77,16 +73,6 @@ const char *count_key(const SDBlkFieldDef &field) {
 }
 
 bool is_counted(const SDBlkFieldDef &field) { return field.number_entry != nullptr; }
-
-// Whether a group is of nothing but numbers of the picture that nearly all have.
-constexpr std::int32_t kPictureWidth = 12;
-constexpr std::int32_t kMostNumbers = 8;
-bool is_numbers(const SDBlkFieldDef &group) {
-  return group.nsub > 0 && group.nsub <= kMostNumbers &&
-         std::all_of(group.sub, group.sub + group.nsub, [](const SDBlkFieldDef &field) {
-           return field.stype == 'F' && field.width == kPictureWidth && field.kind == SDBLK_DOUBLE;
-         });
-}
 
 void start_entry(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   *entry = {};
@@ -119,7 +105,7 @@ class Decoder {
 
   // The fields of a list, into an empty array with room for them, with entries for its values.
   // False when memory runs out.
-  bool list(Arr *array, SDBlkEntry *entries, std::int32_t nfields, const SDBlkFieldDef *fields);
+  bool list(Arr *array, SDBlkEntry *entries, const FieldList &list);
 
   // A binary time, which need not stand in a list.
   void binary_time(const SDBlkFieldDef &field, SDBlkEntry *entry);
@@ -128,7 +114,7 @@ class Decoder {
   [[nodiscard]] std::int32_t defined() const { return defined_; }
 
  private:
-  bool field(const SDBlkFieldDef &field, SDBlkEntry *entry);
+  bool field(const SDBlkFieldDef &field, const FieldFacts &facts, SDBlkEntry *entry);
   bool text(const SDBlkFieldDef &field, SDBlkEntry *entry);
   void integer(const SDBlkFieldDef &field, SDBlkEntry *entry);
   bool lookup_code(const SDBlkFieldDef &field, SDBlkEntry *entry);
@@ -136,7 +122,7 @@ class Decoder {
   void time(const SDBlkFieldDef &field, SDBlkEntry *entry);
   template <std::size_t Size, typename Load>
   void binary(const SDBlkFieldDef &field, SDBlkEntry *entry, Load load);
-  bool group(const SDBlkFieldDef &field, SDBlkEntry *entry);
+  bool group(const SDBlkFieldDef &field, const FieldFacts &facts, SDBlkEntry *entry);
   bool numbers(Arr *array, SDBlkEntry *entries, const SDBlkFieldDef &field);
   bool reals(const SDBlkFieldDef &field, SDBlkEntry *entry);
   bool integers(const SDBlkFieldDef &field, SDBlkEntry *entry);
@@ -412,9 +398,9 @@ bool Decoder::references(const SDBlkFieldDef &field, SDBlkEntry *entry) {
                   });
 }
 
-bool Decoder::group(const SDBlkFieldDef &field, SDBlkEntry *entry) {
+bool Decoder::group(const SDBlkFieldDef &field, const FieldFacts &facts, SDBlkEntry *entry) {
   Arr *const outer = array_;
-  const bool of_numbers = is_numbers(field);
+  const FieldList inner = list_of(facts);
   repetition_ = 0;
   return elements(field, entry, 1, &entry->value.ea, [&](Arr **element, std::int64_t) {
     const auto capacity = static_cast<std::uint32_t>(field.nsub);
@@ -425,8 +411,8 @@ bool Decoder::group(const SDBlkFieldDef &field, SDBlkEntry *entry) {
     }
     group_ = &field;
     auto *entries = reinterpret_cast<SDBlkEntry *>((*element)->pairs + capacity);
-    const bool read = (of_numbers && numbers(*element, entries, field)) ||
-                      list(*element, entries, field.nsub, field.sub);
+    const bool read =
+        (inner.is_numbers && numbers(*element, entries, field)) || list(*element, entries, inner);
     group_ = nullptr;
     array_ = outer;
     ++repetition_;
@@ -455,9 +441,9 @@ bool Decoder::numbers(Arr *array, SDBlkEntry *entries, const SDBlkFieldDef &fiel
 
 // ---- lists ----
 
-bool Decoder::field(const SDBlkFieldDef &field, SDBlkEntry *entry) {
+bool Decoder::field(const SDBlkFieldDef &field, const FieldFacts &facts, SDBlkEntry *entry) {
   const bool big = big_endian_;
-  switch (conversion_of_field(field)) {
+  switch (facts.conversion) {
     case Conversion::text: return text(field, entry);
     case Conversion::digits: integer(field, entry); break;
     case Conversion::byte:
@@ -477,7 +463,6 @@ bool Decoder::field(const SDBlkFieldDef &field, SDBlkEntry *entry) {
       break;
     case Conversion::lookup_code: return lookup_code(field, entry);
     case Conversion::real:
-    case Conversion::scientific:
       entry->value.d = real(field);
       if (std::isnan(entry->value.d)) entry->definition = kNoValue;
       break;
@@ -490,26 +475,26 @@ bool Decoder::field(const SDBlkFieldDef &field, SDBlkEntry *entry) {
     case Conversion::int_array: return integers(field, entry);
     case Conversion::double_array: return reals(field, entry);
     case Conversion::string_array: return texts(field, entry);
-    case Conversion::group_array: return group(field, entry);
+    case Conversion::group_array: return group(field, facts, entry);
     case Conversion::ref_array: return references(field, entry);
-    case Conversion::undecided:
     case Conversion::nothing: entry->count = 0; return true;
   }
   if (entry->definition != kNoValue) entry->ref = refer(field, entry->value.i, &entry->definition);
   return true;
 }
 
-bool Decoder::list(Arr *array, SDBlkEntry *entries, std::int32_t nfields,
-                   const SDBlkFieldDef *fields) {
+bool Decoder::list(Arr *array, SDBlkEntry *entries, const FieldList &list) {
   array_ = array;
-  for (std::int32_t i = 0; i < nfields && !stopped_; ++i) {
+  FieldFacts made;
+  for (std::int64_t i = 0; i < list.count && !stopped_; ++i) {
+    const SDBlkFieldDef &row = list.fields[i];
     if (source_.is_empty()) {
-      if (is_counted(fields[i])) check_count(count_of(array, fields[i]), fields[i], 0);
+      if (is_counted(row)) check_count(count_of(array, row), row, 0);
       continue;
     }
-    start_entry(fields[i], &entries[i]);
-    if (!field(fields[i], &entries[i])) return false;
-    arr_append_constant(array, fields[i].key, &entries[i]);
+    start_entry(row, &entries[i]);
+    if (!field(row, list.facts_at(i, &made), &entries[i])) return false;
+    arr_append_constant(array, row.key, &entries[i]);
   }
   return true;
 }
@@ -552,8 +537,7 @@ bool decode_fields(const FieldsOf &of, const char *bytes, std::int64_t size) {
   auto *entries = array->pool->take_array<SDBlkEntry>(count);
   if (entries == nullptr) return no_memory_for(*of.block);
   Decoder decoder(of, bytes, size);
-  return decoder.list(array, entries, def.nfields, def.fields) &&
-         keep_definition(of, decoder.defined());
+  return decoder.list(array, entries, list_of(def)) && keep_definition(of, decoder.defined());
 }
 
 bool decode_data_fields(const FieldsOf &of, const char *bytes, std::int64_t size) {

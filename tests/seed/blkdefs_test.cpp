@@ -16,7 +16,6 @@
 #include <vector>
 
 #include "seed/blkdefs/checks.h"
-#include "seed/conversion.h"
 #include "seed/sdblk.h"
 #include "tests/tools/catalogue_table.h"
 
@@ -192,48 +191,6 @@ TEST(Catalogue, KeysAreLowerCaseWords) {
               std::string_view::npos)
         << type << ' ' << key;
   });
-}
-
-TEST(Catalogue, KeyLengthIsThatOfTheKey) {
-  EXPECT_EQ(find_field(5, "llenp").key_length, 5);
-  EXPECT_EQ(find_field(99, "srate_multiplier").key_length, 16);
-  visit_fields([](const SDBlkFieldDef &field, std::int32_t) {
-    EXPECT_EQ(field.key_length, std::string_view(field.key).size()) << field.key;
-  });
-}
-
-struct ExpectedConversion {
-  std::int32_t type;
-  const char *key;
-  Conversion conversion;
-};
-
-TEST(Catalogue, ConversionFollowsKindAndFormat) {
-  const ExpectedConversion expected[] = {
-      {5, "version", Conversion::text},
-      {5, "llenp", Conversion::digits},
-      {5, "time", Conversion::time},
-      {11, "stas", Conversion::group_array},
-      {30, "did", Conversion::lookup_code},
-      {30, "keys", Conversion::string_array},
-      {41, "coefs", Conversion::double_array},
-      {50, "lat", Conversion::real},
-      {50, "net_gid", Conversion::digits},
-      {99, "time", Conversion::btime},
-      {99, "nsamp", Conversion::uword},
-      {99, "srate_factor", Conversion::word},
-      {99, "nblks", Conversion::ubyte},
-      {99, "tcor", Conversion::integer32},
-      {100, "samprate", Conversion::ieee_float},
-      {300, "ramp", Conversion::integer32},
-  };
-  for (const ExpectedConversion &row : expected) {
-    EXPECT_EQ(find_field(row.type, row.key).conversion, static_cast<std::uint8_t>(row.conversion))
-        << row.type << ' ' << row.key;
-  }
-  const Fields stage = group_of(find_field(60, "stages"));
-  EXPECT_EQ(find_field(stage, "resps").conversion,
-            static_cast<std::uint8_t>(Conversion::ref_array));
 }
 
 // ---- Widths ----

@@ -197,9 +197,6 @@ TEST(Texts, MustBeThere) {
   EXPECT_FALSE(text_is_there(integer("")));
   EXPECT_FALSE(text_is_there(field("n", 'D', 2, "##", SDBLK_INT, "", "Description")));
   EXPECT_FALSE(text_is_there(field("n", 'D', 2, "##", SDBLK_INT, "Title", "")));
-  SDBlkFieldDef def = integer("n");
-  def.key_length = 2;
-  EXPECT_FALSE(text_is_there(def));
 }
 
 }  // namespace

@@ -1196,14 +1196,12 @@ std::string chained_listing(const SDBlk *block) {
   return text.substr(text.find("\n           B"));
 }
 
-// Copies of the catalogue's definitions with nothing worked out beforehand.
+// Copies of the catalogue's definitions, for which nothing is worked out beforehand.
 class HandMade {
  public:
   const SDBlkFieldDef *copy(const SDBlkFieldDef *fields, std::int32_t count) {
     std::vector<SDBlkFieldDef> &copies = arrays_.emplace_back(fields, fields + count);
     for (SDBlkFieldDef &field : copies) {
-      field.key_length = 0;
-      field.conversion = 0;
       if (field.sub != nullptr) field.sub = copy(field.sub, field.nsub);
     }
     return copies.data();
