@@ -47,7 +47,9 @@ need_python() {
   need pybind11-dev found /usr/include/pybind11/pybind11.h /usr/local/include/pybind11/pybind11.h
   need python3-dev has python3-config
   need mypy has mypy
-  for module in numpy pytest hypothesis jsonschema setuptools pip wheel; do
+  need python3-venv has_module ensurepip
+  for module in numpy pybind11 pytest hypothesis jsonschema setuptools pip wheel matplotlib pandas \
+    distributed; do
     need "python3-$module" has_module "$module"
   done
 }

@@ -31,7 +31,7 @@ _names, _formats, _offsets = (list(column) for column in zip(*_COLUMNS))
 _DTYPE = np.dtype({"names": _names, "formats": _formats, "offsets": _offsets, "itemsize": 104})
 
 
-def records(source: _sdblk.Source, *, record_length: int = 4096) -> npt.NDArray[Any]:
+def records(source: _sdblk._Source, *, record_length: int = 4096) -> npt.NDArray[Any]:
     """The headers of all data records of a volume, in their order.
 
     source is a path or an object with bytes, record_length the record length to try first, bytes.
