@@ -2,164 +2,19 @@
 //
 //   compare TARVIK YARDSTICK MSEED_HEADERS FOLDER [ROUNDS]
 //
-// FOLDER holds the volumes that scripts/bench.sh makes; MSEED_HEADERS may be "-".  Commands take
-// turns, round by round, so that whatever else the machine does falls on all of them; times are
-// medians.
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <algorithm>
+// FOLDER holds the volumes that scripts/bench.sh makes; MSEED_HEADERS may be "-".
 #include <array>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <map>
-#include <stdexcept>
+#include <exception>
 #include <string>
 #include <vector>
 
+#include "bench/measure.h"
+
 namespace {
 
-struct Measurement {
-  double seconds = 0;
-  long peak_kib = 0;            // resident
-  long peak_anonymous_kib = 0;  // of it not a file's pages; 0 unless asked for
-};
-
-// Brings a file into the page cache by reading it from the start.  A file that was written just now
-// lies there in smaller pieces than one that was read, and its readers take a quarter longer or
-// more.
-void read_afresh(const std::string &path) {
-  const int descriptor = open(path.c_str(), O_RDONLY);
-  if (descriptor < 0) throw std::runtime_error("cannot open " + path);
-  fdatasync(descriptor);
-  posix_fadvise(descriptor, 0, 0, POSIX_FADV_DONTNEED);
-  std::vector<char> buffer(std::size_t{1} << 20);
-  while (read(descriptor, buffer.data(), buffer.size()) > 0) continue;
-  close(descriptor);
-}
-
-// One command line with where its output goes.
-struct Command {
-  std::vector<std::string> arguments;
-  std::string output = "/dev/null";
-};
-
-pid_t start(const Command &command) {
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, command.output.c_str(),
-                                   O_WRONLY | O_CREAT | O_TRUNC, 0600);
-  posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
-  std::vector<char *> argv;
-  std::vector<std::string> arguments = command.arguments;
-  for (std::string &argument : arguments) argv.push_back(argument.data());
-  argv.push_back(nullptr);
-  pid_t child = 0;
-  const int error = posix_spawn(&child, argv[0], &actions, nullptr, argv.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  if (error != 0) throw std::runtime_error("cannot run " + command.arguments[0]);
-  return child;
-}
-
-Measurement run(const Command &command) {
-  const auto begin = std::chrono::steady_clock::now();
-  const pid_t child = start(command);
-  int status = 0;
-  rusage usage = {};
-  wait4(child, &status, 0, &usage);
-  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
-  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
-    throw std::runtime_error(command.arguments[0] + " failed");
-  }
-  return {elapsed.count(), usage.ru_maxrss, 0};
-}
-
-long anonymous_kib(pid_t child) {
-  std::ifstream status("/proc/" + std::to_string(child) + "/status");
-  for (std::string line; std::getline(status, line);) {
-    if (line.rfind("RssAnon:", 0) == 0) return std::strtol(line.c_str() + 8, nullptr, 10);
-  }
-  return 0;
-}
-
-// A run that is looked at every millisecond.
-Measurement watch(const Command &command) {
-  Measurement measurement;
-  const pid_t child = start(command);
-  int status = 0;
-  rusage usage = {};
-  while (wait4(child, &status, WNOHANG, &usage) == 0) {
-    measurement.peak_anonymous_kib = std::max(measurement.peak_anonymous_kib, anonymous_kib(child));
-    usleep(1000);
-  }
-  measurement.peak_kib = usage.ru_maxrss;
-  return measurement;
-}
-
-double median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return values[values.size() / 2];
-}
-
-struct Row {
-  std::string name;
-  Command command;
-  std::string yardstick;  // name of another row, or empty
-  double target;          // the most that the ratio to it may be; 0 without one
-  double items;           // records or blockettes, for the rate; 0 without one
-};
-
-class Table {
- public:
-  explicit Table(std::vector<Row> rows) : rows_(std::move(rows)), seconds_(rows_.size()) {}
-
-  void measure(int rounds) {
-    for (int round = 0; round < rounds; ++round) {
-      for (std::size_t i = 0; i < rows_.size(); ++i) {
-        const Measurement measurement = run(rows_[i].command);
-        seconds_[i].push_back(measurement.seconds);
-        peak_kib_[rows_[i].name] = measurement.peak_kib;
-      }
-    }
-  }
-
-  void print() {
-    std::puts("| run | seconds | of | ratio | target | per second | resident | anonymous |");
-    std::puts("|---|---:|---|---:|---:|---:|---:|---:|");
-    for (std::size_t i = 0; i < rows_.size(); ++i) print_row(rows_[i], median(seconds_[i]));
-  }
-
-  double seconds_of(const std::string &name) const {
-    for (std::size_t i = 0; i < rows_.size(); ++i) {
-      if (rows_[i].name == name) return median(seconds_[i]);
-    }
-    throw std::runtime_error("no row " + name);
-  }
-
- private:
-  void print_row(const Row &row, double seconds) {
-    std::printf("| %s | %.4f | %s |", row.name.c_str(), seconds, row.yardstick.c_str());
-    if (row.yardstick.empty()) {
-      std::printf(" | |");
-    } else {
-      std::printf(" %.2f |", seconds / seconds_of(row.yardstick));
-      row.target > 0 ? std::printf(" %.2f |", row.target) : std::printf(" |");
-    }
-    row.items > 0 ? std::printf(" %.2f M |", row.items / seconds / 1e6) : std::printf(" |");
-    std::printf(" %.1f MiB | %.1f MiB |\n", static_cast<double>(peak_kib_[row.name]) / 1024.0,
-                static_cast<double>(watch(row.command).peak_anonymous_kib) / 1024.0);
-    std::fflush(stdout);
-  }
-
-  std::vector<Row> rows_;
-  std::vector<std::vector<double>> seconds_;
-  std::map<std::string, long> peak_kib_;
-};
+using namespace bench;
 
 constexpr double kRecordsA = 256.0 * 1024 * 1024 / 512;
 constexpr double kRecordsB = 256.0 * 1024 * 1024 / 4096;
@@ -194,30 +49,33 @@ std::vector<Row> main_rows(const Tools &tools) {
   std::rename(file.c_str(), listing_c.c_str());
   for (const std::string &path : {a, b, c, listing_a, listing_c}) read_afresh(path);
   std::vector<Row> rows = {
-      {"framing limit, A", {{tools.yardstick, "frame", "512", a}}, "", 0, kRecordsA},
-      {"framing limit, B", {{tools.yardstick, "frame", "4096", b}}, "", 0, kRecordsB},
-      {"byte sum, A", {{tools.yardstick, "sum", a}}, "", 0, 0},
-      {"byte sum, C", {{tools.yardstick, "sum", c}}, "", 0, 0},
-      {"cat of the listing, A", {{"/bin/cat", listing_a}}, "", 0, 0},
-      {"cat of the listing, C", {{"/bin/cat", listing_c}}, "", 0, 0},
-      {"tarvik A", tarvik({}, a), "framing limit, A", 8, kRecordsA},
-      {"tarvik B", tarvik({}, b), "framing limit, B", 0, kRecordsB},
-      {"tarvik C", tarvik({}, c), "byte sum, C", 0, 0},
-      {"tarvik -v A", tarvik({"-v"}, a), "tarvik A", 3, kRecordsA},
-      {"tarvik -vv A", tarvik({"-vv"}, a), "cat of the listing, A", 4, kRecordsA},
-      {"tarvik -vv B", tarvik({"-vv"}, b), "", 0, kRecordsB},
-      {"tarvik -vv C", tarvik({"-vv"}, c), "cat of the listing, C", 4, 0},
-      {"tarvik -sta C", tarvik({"-sta"}, c), "byte sum, C", 8, 0},
-      {"tarvik A, to a file", into_file(tarvik({}, a)), "framing limit, A", 0, kRecordsA},
-      {"tarvik -v A, to a file", into_file(tarvik({"-v"}, a)), "tarvik A", 0, kRecordsA},
-      {"tarvik -vv A, to a file", into_file(tarvik({"-vv"}, a)), "cat of the listing, A", 0,
+      {"framing limit, A", {{tools.yardstick, "frame", "512", a}}, {}, 0, kRecordsA},
+      {"framing limit, B", {{tools.yardstick, "frame", "4096", b}}, {}, 0, kRecordsB},
+      {"byte sum, A", {{tools.yardstick, "sum", a}}, {}, 0, 0},
+      {"byte sum, C", {{tools.yardstick, "sum", c}}, {}, 0, 0},
+      {"cat of the listing, A", {{"/bin/cat", listing_a}}, {}, 0, 0},
+      {"cat of the listing, C", {{"/bin/cat", listing_c}}, {}, 0, 0},
+      {"tarvik A", tarvik({}, a), {"framing limit, A"}, 8, kRecordsA},
+      {"tarvik B", tarvik({}, b), {"framing limit, B"}, 0, kRecordsB},
+      {"tarvik C", tarvik({}, c), {"byte sum, C"}, 0, 0},
+      {"tarvik -v A", tarvik({"-v"}, a), {"tarvik A"}, 3, kRecordsA},
+      {"tarvik -vv A", tarvik({"-vv"}, a), {"cat of the listing, A"}, 4, kRecordsA},
+      {"tarvik -vv B", tarvik({"-vv"}, b), {}, 0, kRecordsB},
+      {"tarvik -vv C", tarvik({"-vv"}, c), {"cat of the listing, C"}, 4, 0},
+      {"tarvik -sta C", tarvik({"-sta"}, c), {"byte sum, C"}, 8, 0},
+      {"tarvik A, to a file", into_file(tarvik({}, a)), {"framing limit, A"}, 0, kRecordsA},
+      {"tarvik -v A, to a file", into_file(tarvik({"-v"}, a)), {"tarvik A"}, 0, kRecordsA},
+      {"tarvik -vv A, to a file",
+       into_file(tarvik({"-vv"}, a)),
+       {"cat of the listing, A"},
+       0,
        kRecordsA},
-      {"tarvik -vv C, to a file", into_file(tarvik({"-vv"}, c)), "cat of the listing, C", 0, 0},
-      {"tarvik -sta C, to a file", into_file(tarvik({"-sta"}, c)), "byte sum, C", 0, 0},
+      {"tarvik -vv C, to a file", into_file(tarvik({"-vv"}, c)), {"cat of the listing, C"}, 0, 0},
+      {"tarvik -sta C, to a file", into_file(tarvik({"-sta"}, c)), {"byte sum, C"}, 0, 0},
   };
   if (tools.mseed_headers != "-") {
     rows.push_back(
-        {"libmseed headers, A", {{tools.mseed_headers, "512", a}}, "tarvik A", 0, kRecordsA});
+        {"libmseed headers, A", {{tools.mseed_headers, "512", a}}, {"tarvik A"}, 0, kRecordsA});
   }
   return rows;
 }
