@@ -1,6 +1,8 @@
 #include "views/row.h"
 
-#include <array>
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
 
 #include "support/line.h"
 #include "views/csv.h"
@@ -9,41 +11,48 @@
 namespace tarvik {
 namespace {
 
-template <std::size_t kRoom>
-std::string_view text_of(const std::array<char, kRoom> &room, const char *end) {
-  return {room.data(), static_cast<std::size_t>(end - room.data())};
+constexpr std::size_t kKeyRoom = 4;  // beside the key
+constexpr std::size_t kValueRoom = std::max({kIntegerRoom, kRealRoom, kTimeRoom});
+
+// Makes JSON a comma-separated value in its place: bare, and nothing for null.  Its new end.
+char *make_bare(char *json, char *end) {
+  const std::string_view text(json, static_cast<std::size_t>(end - json));
+  if (text == "null") return json;
+  if (text.front() != '"') return end;
+  std::memmove(json, json + 1, text.size() - 2);
+  return end - 2;
 }
 
 }  // namespace
 
 void Row::start(std::string_view kind, std::string_view file) {
   if (!csv_) {
-    out_->put(R"({"kind":")");
-    out_->put(kind);
-    out_->put(R"(","file":)");
+    char *at = out_->reserve(kind.size() + 32);
+    at = put_text(put_text(at, R"({"kind":")"), kind);
+    out_->commit(put_text(at, R"(","file":)"));
   }
   out_->put(file);
 }
 
-void Row::put_key(std::string_view key) {
-  out_->put(',');
-  if (csv_) return;
-  out_->put('"');
-  out_->put(key);
-  out_->put("\":");
+char *Row::put_key(char *out, std::string_view key) const {
+  out = put_char(out, ',');
+  if (csv_) return out;
+  return put_text(put_text(put_char(out, '"'), key), "\":");
 }
 
-void Row::value(std::string_view key, std::string_view json) {
-  put_key(key);
-  if (csv_) {
-    if (json == "null") return;
-    if (json.front() == '"') json = json.substr(1, json.size() - 2);
-  }
-  out_->put(json);
+template <typename Put>
+void Row::value(std::string_view key, Put put) {
+  char *at = put_key(out_->reserve(key.size() + kKeyRoom + kValueRoom), key);
+  char *end = put(at);
+  out_->commit(csv_ ? make_bare(at, end) : end);
+}
+
+void Row::null(std::string_view key) {
+  value(key, [](char *out) { return put_text(out, "null"); });
 }
 
 void Row::text(std::string_view key, std::string_view bytes) {
-  put_key(key);
+  out_->commit(put_key(out_->reserve(key.size() + kKeyRoom), key));
   if (csv_) {
     out_->put(csv_text(bytes));
   } else {
@@ -52,38 +61,32 @@ void Row::text(std::string_view key, std::string_view bytes) {
 }
 
 void Row::integer(std::string_view key, std::int64_t number) {
-  std::array<char, kIntegerRoom> room;
-  value(key, text_of(room, put_integer(room.data(), number)));
+  value(key, [number](char *out) { return put_integer(out, number); });
 }
 
 void Row::real(std::string_view key, double number) {
-  std::array<char, kRealRoom> room;
-  value(key, text_of(room, put_json_real(room.data(), number)));
+  value(key, [number](char *out) { return put_json_real(out, number); });
 }
 
 void Row::time(std::string_view key, double epoch) {
-  std::array<char, kTimeRoom> room;
-  value(key, text_of(room, put_json_time(room.data(), epoch)));
+  value(key, [epoch](char *out) { return put_json_time(out, epoch); });
 }
 
 void Row::microtime(std::string_view key, std::int64_t microseconds) {
-  std::array<char, kTimeRoom> room;
-  value(key, text_of(room, put_json_microtime(room.data(), microseconds)));
+  value(key, [microseconds](char *out) { return put_json_microtime(out, microseconds); });
 }
 
 void Row::cut_microtime(std::string_view key, std::int64_t microseconds) {
-  std::array<char, kTimeRoom> room;
-  value(key, text_of(room, put_json_tick_time(room.data(), microseconds)));
-}
-
-bool Row::nest(std::string_view key) {
-  if (!csv_) put_key(key);
-  return !csv_;
+  value(key, [microseconds](char *out) { return put_json_tick_time(out, microseconds); });
 }
 
 void Row::nanotime(std::string_view key, std::int64_t seconds, std::int64_t nanoseconds) {
-  std::array<char, kTimeRoom> room;
-  value(key, text_of(room, put_json_nanotime(room.data(), seconds, nanoseconds)));
+  value(key, [=](char *out) { return put_json_nanotime(out, seconds, nanoseconds); });
+}
+
+bool Row::nest(std::string_view key) {
+  if (!csv_) out_->commit(put_key(out_->reserve(key.size() + kKeyRoom), key));
+  return !csv_;
 }
 
 }  // namespace tarvik

@@ -27,7 +27,7 @@ class Row {
   void microtime(std::string_view key, std::int64_t microseconds);
   void cut_microtime(std::string_view key, std::int64_t microseconds);
   void nanotime(std::string_view key, std::int64_t seconds, std::int64_t nanoseconds);
-  void null(std::string_view key) { value(key, "null"); }
+  void null(std::string_view key);
 
   // Starts an object or an array, which the caller puts as JSON where the result is true; it has no
   // place in comma-separated values.
@@ -39,10 +39,10 @@ class Row {
   }
 
  private:
-  void put_key(std::string_view key);
-  // A JSON value that is no text, or a text of plain characters: bare in comma-separated values,
-  // and nothing where it is null.
-  void value(std::string_view key, std::string_view json);
+  char *put_key(char *out, std::string_view key) const;
+  // A value that put writes as JSON where it is told: no text, or one of plain characters.
+  template <typename Put>
+  void value(std::string_view key, Put put);
 
   TextBuffer *out_;
   bool csv_;
