@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "seed/format.h"
 #include "seed/getv.h"
 #include "seed/time_text.h"
 #include "support/output.h"
@@ -156,10 +157,6 @@ void dump_response(const SDBlk &block) {
     output_print(" %d(%ld)", block.blockette_type, static_cast<long>(stage));
   }
   if (block.blockette_type == 60) dump_references(block);
-}
-
-bool is_response(std::int32_t type) {
-  return (type >= 53 && type <= 58) || (type >= 60 && type <= 62);
 }
 
 }  // namespace

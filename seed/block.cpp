@@ -53,6 +53,8 @@ SDBlkStorage *storage_of(SDBlk *block) {
   if (piece == nullptr) return nullptr;
   auto *storage = new (piece) SDBlkStorage{};
   storage->separate = true;
+  storage->number = -1;
+  storage->there = block->blockette_length;
   block->storage = storage;
   return storage;
 }
@@ -103,6 +105,11 @@ SDBlk *block_start(SDBlk **blkp) noexcept {
   }
   sdblk_clear(*blkp);
   return storage_of(*blkp) == nullptr ? nullptr : *blkp;
+}
+
+bool block_make_whole(SDBlk *block) noexcept {
+  if (block->contents == nullptr) block->contents = newarr();
+  return block->contents != nullptr && storage_of(block) != nullptr;
 }
 
 long block_size() noexcept { return static_cast<long>(sizeof(SDBlk)); }

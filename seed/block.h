@@ -35,6 +35,9 @@ SDBlk *block_new() noexcept;
 // A block to be filled: *blkp emptied, or a new one.  nullptr when memory runs out.
 SDBlk *block_start(SDBlk **blkp) noexcept;
 
+// Makes what a block that a program has made by hand lacks; false when memory runs out.
+[[nodiscard]] bool block_make_whole(SDBlk *block) noexcept;
+
 // Size of a block, for messages.
 long block_size() noexcept;
 

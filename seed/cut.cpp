@@ -1,16 +1,11 @@
 #include "seed/cut.h"
 
+#include "seed/format.h"
 #include "seed/scan.h"
 #include "support/bounded.h"
 #include "support/line.h"
 
 namespace tarvik {
-
-namespace {
-
-constexpr std::size_t kTextBuffer = 4096;
-
-}  // namespace
 
 std::string_view extract(const SDBlkFieldDef &field, Feed *feed) {
   std::string_view rest(feed->cursor,
@@ -37,7 +32,7 @@ std::string_view extract(const SDBlkFieldDef &field, Feed *feed) {
     }
     default: return {};
   }
-  if (text.size() >= kTextBuffer) require_fit("sdblk_unstuff_sblk", text.size(), kTextBuffer);
+  require_fit("sdblk_unstuff_sblk", text.size(), kFieldTextSize);
   feed->cursor += taken;
   feed->remaining -= static_cast<std::int32_t>(taken);
   return text;

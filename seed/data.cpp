@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "seed/block.h"
+#include "seed/format.h"
 #include "seed/layout.h"
 #include "seed/sdblk.h"
 #include "seed/walk.h"
@@ -17,8 +18,6 @@ using namespace tarvik;
 
 namespace {
 
-constexpr std::int64_t kHeaderSize = 8;           // sequence number, type letter, blank
-constexpr std::int64_t kBlocketteHeaderSize = 4;  // blockette type and offset of the next one
 constexpr int kLongestChain = 1024;
 constexpr std::int32_t kLastLength = 64;  // stated for a last blockette with no data after it
 // Offsets of the start time's parts in a data record.
@@ -26,7 +25,6 @@ constexpr std::int64_t kYear = 20;
 constexpr std::int64_t kDay = 22;
 constexpr std::int64_t kTenThousandths = 28;
 constexpr std::int32_t kFirstYear = 1900;
-constexpr std::int32_t kDataOnlyType = 1000;
 
 // The position of a field in its definition, where lookups try first.
 template <std::size_t N>
@@ -100,7 +98,7 @@ class Chain {
   // Whether a blockette can be read at an offset: it lies in the record, is new, and not too many
   // stand before it.
   bool accepts(const Record &record, std::int32_t offset) {
-    if (record.size - offset < kBlocketteHeaderSize || count_ == kLongestChain) return false;
+    if (record.size - offset < kLinkBytes || count_ == kLongestChain) return false;
     if (offset <= highest_ && visited(offset)) return false;
     if (offset > highest_) highest_ = offset;
     offsets_[count_++] = offset;
@@ -174,8 +172,8 @@ int decode_chained(const WalkContext &context, SDBlk *record, const Record &byte
   blk->blockette_type = type;
   fill_chained(vol, record, *offset, blk);
   blk->blockette_length = chained_length(*offset, next, record->data_offset);
-  feed.cursor += kBlocketteHeaderSize;
-  feed.remaining -= static_cast<std::int32_t>(kBlocketteHeaderSize);
+  feed.cursor += kLinkBytes;
+  feed.remaining -= static_cast<std::int32_t>(kLinkBytes);
   if (blk->blkdef != nullptr) {
     if (unpack_fields(&blk->contents, feed, context, *blk->blkdef) < 0) return -1;
     if (type == kDataOnlyType && !adopt_length(record, blk)) return -1;
@@ -217,7 +215,7 @@ int sdblk_unstuff_dblk(SDBlkVol *vol, SDBlk *block) {
   block_forget_fields(block);
   block->big_endian = context.big_endian ? 1 : 0;
   if (block->blkdef == nullptr) block->blkdef = seed_blkdefs_index[SDBLK_DATA_RECORD];
-  if (unpack_fields(&block->contents, feed_from(record, kHeaderSize), context, *block->blkdef) <
+  if (unpack_fields(&block->contents, feed_from(record, kHeaderBytes), context, *block->blkdef) <
       0) {
     return -1;
   }

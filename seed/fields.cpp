@@ -4,16 +4,13 @@
 #include <string_view>
 
 #include "seed/block.h"
+#include "seed/format.h"
 #include "seed/whole.h"
 #include "support/arr_impl.h"
 
 using namespace tarvik;
 
 namespace {
-
-constexpr std::int64_t kPrefixBytes = 7;  // type and length before a control blockette's fields
-constexpr std::int64_t kLinkBytes = 4;    // type and next offset before a data blockette's
-constexpr std::int64_t kHeaderBytes = 8;  // before a data record's
 
 bool is_read_whole(const SDBlk &block) {
   return block.vol != nullptr && block.vol->whole != nullptr && block.storage != nullptr;

@@ -6,6 +6,7 @@
 
 #include "seed/conversion.h"
 #include "seed/facts.h"
+#include "seed/format.h"
 #include "seed/line_format.h"
 #include "seed/sdblk.h"
 #include "seed/time_text.h"
@@ -25,7 +26,6 @@ constexpr std::size_t kNameBuffer = 4096;       // name of an array element, pre
 constexpr std::int64_t kTextRow = 64;           // characters
 constexpr std::int64_t kHexRow = 32;            // bytes
 constexpr std::size_t kRowColumns = 64;
-constexpr std::int64_t kFixedSection = 48;        // bytes of a data record's fixed section
 constexpr std::size_t kNumberRoom = 512;          // more than any number and fixed text of a line
 constexpr std::string_view kIndent = "        ";  // of raw bytes and fields
 constexpr std::string_view kChainIndent = "           ";  // of a data blockette's header
@@ -94,7 +94,7 @@ void print_raw(const SDBlk &block, std::string_view prefix) {
   if (block.blockette_raw != nullptr) {
     print_text_rows(prefix, block.blockette_raw, block.blockette_length);
   } else if (block.data_ptr != nullptr) {
-    print_hex_rows(prefix, block.data_ptr, bytes_there(block, kFixedSection));
+    print_hex_rows(prefix, block.data_ptr, bytes_there(block, kDataHeaderBytes));
   }
 }
 

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "seed/block.h"
+#include "seed/format.h"
 #include "seed/paging.h"
 #include "seed/scan.h"
 #include "seed/sdblk.h"
@@ -16,8 +17,6 @@ using namespace tarvik;
 
 namespace {
 
-constexpr std::int32_t kHeaderSize = 8;    // sequence number, type letter, continuation flag
-constexpr std::int32_t kPrefixSize = 7;    // blockette type and length
 constexpr std::int32_t kSequenceSize = 6;  // digits of a sequence number
 constexpr std::int32_t kShortestRecord = 64;
 constexpr std::int32_t kLongestRecord = 131072;
@@ -70,11 +69,11 @@ bool header_stands_at(const SDBlkVol *vol, std::int64_t offset,
                       const std::array<char, kSequenceSize> &expected) {
   const std::int64_t size = vol->image_size - offset;
   const char *header = vol->image + offset;
-  if (size < kHeaderSize - 1 || std::memcmp(header, expected.data(), expected.size()) != 0) {
+  if (size < kHeaderBytes - 1 || std::memcmp(header, expected.data(), expected.size()) != 0) {
     return false;
   }
   const char letter = header[kSequenceSize];
-  if (is_data_letter(letter)) return size >= kHeaderSize && header[kSequenceSize + 1] == ' ';
+  if (is_data_letter(letter)) return size >= kHeaderBytes && header[kSequenceSize + 1] == ' ';
   return is_control_letter(letter);
 }
 
@@ -123,7 +122,7 @@ bool read_header(SDBlkVol *vol) {
   }
   vol->record_type = header[kSequenceSize];
   vol->continuation = header[kSequenceSize + 1];
-  advance(vol, kHeaderSize);
+  advance(vol, kHeaderBytes);
   if (!measure_record(vol)) return false;
   if (is_data_letter(vol->record_type)) {
     // A data block starts at its header.
@@ -161,11 +160,11 @@ bool find_data_block(SDBlkVol *vol) {
   const std::int64_t in_image = vol->image_size - vol->record_offset;
   // The first position counts even where it lies past the record's end.
   const std::int64_t last = std::min<std::int64_t>(std::max(vol->logical_length, vol->record_pos),
-                                                   in_image - kHeaderSize);
+                                                   in_image - kHeaderBytes);
   for (std::int64_t pos = vol->record_pos; pos <= last; pos += kDataStep) {
     // The walk touches every line of the cache, faster than the machine foresees.
     if (pos + kPrefetchAhead < in_image) __builtin_prefetch(record + pos + kPrefetchAhead);
-    if (std::memcmp(record + pos, record, kHeaderSize) == 0) {
+    if (std::memcmp(record + pos, record, kHeaderBytes) == 0) {
       move_to(vol, vol->record_offset + pos);
       vol->record_pos = static_cast<std::int32_t>(pos);
       return true;
@@ -269,8 +268,6 @@ bool adopt_record_length(SDBlkVol *vol, SDBlk *blk) {
   return true;
 }
 
-bool is_volume_identifier(std::int32_t type) { return type == 5 || type == 8 || type == 10; }
-
 // Copies bytes of the blockette from the cursor.
 void copy_raw(SDBlkVol *vol, SDBlk *blk, std::int32_t bytes, std::int32_t *copied) {
   if (bytes > 0)
@@ -296,9 +293,9 @@ int sdblk_parseblk(SDBlkVol *vol, SDBlk **blkp) {
   if (vol->whole != nullptr) return parse_whole(vol, blkp);
   SDBlk *assembling = nullptr;  // a blockette that runs on into the next record
   std::int32_t copied = 0;
-  while (vol->offset + kHeaderSize <= vol->image_size) {
+  while (vol->offset + kHeaderBytes <= vol->image_size) {
     if (vol->record_pos == 0 && !read_header(vol)) return -1;
-    if (vol->offset + kPrefixSize > vol->image_size) return SDBLK_EOF;
+    if (vol->offset + kPrefixBytes > vol->image_size) return SDBLK_EOF;
     if (is_data_letter(vol->record_type)) {
       assembling = nullptr;
       copied = 0;

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "seed/binary.h"
+#include "seed/format.h"
 #include "seed/scan.h"
 #include "seed/whole.h"
 #include "seed/whole/chain.h"
@@ -36,7 +37,6 @@ constexpr std::int64_t kNanosPerMicro = 1000;
 constexpr double kLowestRate = 0.000001;
 
 constexpr std::int32_t kRateType = 100;
-constexpr std::int32_t kDataOnlyType = 1000;
 constexpr std::int32_t kTimingType = 1001;
 
 RecordBytes bytes_of(const SDBlk &record) {

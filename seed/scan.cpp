@@ -3,6 +3,7 @@
 #include <array>
 #include <cstring>
 
+#include "seed/format.h"
 #include "support/bounded.h"
 #include "support/epoch.h"
 #include "support/parse.h"
@@ -11,7 +12,6 @@ namespace tarvik {
 
 namespace {
 
-constexpr std::size_t kNumberWidth = 80;  // characters of the widest number field
 constexpr std::size_t kTextBuffer = 16384;
 
 // The first width characters, up to a 0 byte.  A width beyond the work buffer is fatal.

@@ -4,6 +4,7 @@
 #include <initializer_list>
 #include <string_view>
 
+#include "seed/format.h"
 #include "seed/getv.h"
 #include "seed/sdblk.h"
 #include "support/arr_impl.h"
@@ -325,10 +326,6 @@ Result begin_channel(const Call &call, SDBlkSta *station) {
   station->current_resps = span->resp_blks;
   station->current_chan = channel;
   return kTaken;
-}
-
-bool is_response(std::int32_t type) {
-  return (type >= 53 && type <= 58) || (type >= 60 && type <= 62);
 }
 
 // ---- states ----

@@ -1,21 +1,17 @@
 // Decoding a block of either kind: sdblk_unstuffblk.
 #include "seed/block.h"
+#include "seed/format.h"
 #include "seed/sdblk.h"
 #include "seed/walk.h"
 #include "seed/whole/reader.h"
 
 using namespace tarvik;
 
-namespace {
-
-constexpr std::int32_t kPrefixSize = 7;  // blockette type and length before the fields
-
-}  // namespace
-
 int sdblk_unstuff_blk(SDBlkVol *vol, SDBlk *block) {
   if (block->blkdef == nullptr || block->blockette_raw == nullptr) return 0;
   block_forget_fields(block);
-  Feed feed = {block->blockette_raw + kPrefixSize, block->blockette_length - kPrefixSize};
+  constexpr auto kPrefix = static_cast<std::int32_t>(kPrefixBytes);
+  Feed feed = {block->blockette_raw + kPrefix, block->blockette_length - kPrefix};
   return walk_fields(&block->contents, &feed, {vol, block->big_endian != 0}, 1,
                      list_of(*block->blkdef), nullptr);
 }

@@ -264,8 +264,7 @@ int Walker::decode_group_array(const SDBlkFieldDef &field, const FieldFacts &fac
   if (!read_count(field, entry)) return -1;
   entry->value.ea = take_elements<Arr *>(field, *entry, "ea");
   if (entry->value.ea == nullptr) return -1;
-  return walk_fields(entry->value.ea, &feed_, context_, entry->count, list_of(facts),
-                     array_);
+  return walk_fields(entry->value.ea, &feed_, context_, entry->count, list_of(facts), array_);
 }
 
 int Walker::decode(const SDBlkFieldDef &field, const FieldFacts &facts, SDBlkEntry *entry) {

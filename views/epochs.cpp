@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "seed/format.h"
 #include "views/places.h"
 
 namespace tarvik {
@@ -56,8 +57,6 @@ const std::vector<std::int32_t> &dictionary_positions(std::int32_t type) {
   }();
   return positions[static_cast<std::size_t>(type - kFirstDictionary)];
 }
-
-bool is_response(std::int32_t type) { return type >= 53 && type <= 62 && type != 59; }
 
 using Take = std::function<bool(const Response &)>;
 
@@ -115,7 +114,7 @@ Role Roles::of(const SDBlk &block) {
     case 59: return in_channel_ ? Role::channel_comment : Role::none;
     default: break;
   }
-  return in_channel_ && is_response(block.blockette_type) ? Role::response : Role::none;
+  return in_channel_ && tarvik::is_response(block.blockette_type) ? Role::response : Role::none;
 }
 
 // ---- responses ----

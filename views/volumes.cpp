@@ -3,6 +3,7 @@
 #include <optional>
 #include <unordered_set>
 
+#include "seed/format.h"
 #include "support/line.h"
 #include "views/counts.h"
 #include "views/json.h"
@@ -18,11 +19,6 @@ constexpr std::int32_t kStationType = 50;
 constexpr std::int32_t kChannelType = 52;
 constexpr std::int32_t kLeastExponent = 6;
 constexpr std::int32_t kMostExponent = 17;
-
-// Types of the blockettes of a response: 53 to 58 and 60 to 62.
-bool is_response(std::int32_t type) {
-  return (type >= 53 && type <= 58) || (type >= 60 && type <= 62);
-}
 
 // What the first volume identifier, blockette 5, 8 or 10, says.
 struct Label {
@@ -62,8 +58,6 @@ Label label_of(const SDBlk &block) {
   return {text_of(block, "version"), text_of(block, "label"),   text_of(block, "orig_org"),
           time_of(block, "time"),    time_of(block, "endtime"), stated_length(block)};
 }
-
-bool is_label(std::int32_t type) { return type == 5 || type == 8 || type == 10; }
 
 // What one file holds.
 struct Summary {
@@ -218,8 +212,8 @@ void VolumesView::add_blockette(const SDBlk &blockette) {
   const std::int32_t type = blockette.blockette_type;
   if (type == kStationType) add_station(blockette);
   if (type == kChannelType) add_channel(blockette);
-  if (is_response(type)) ++summary_.responses;
-  if (is_label(type) && !summary_.label) summary_.label = label_of(blockette);
+  if (tarvik::is_response(type)) ++summary_.responses;
+  if (tarvik::is_volume_identifier(type) && !summary_.label) summary_.label = label_of(blockette);
 }
 
 void VolumesView::block(const SDBlk &block) {

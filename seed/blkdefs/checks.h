@@ -9,17 +9,13 @@
 #include <string_view>
 
 #include "seed/conversion.h"
+#include "seed/format.h"
 #include "seed/sdblk.h"
 
 namespace tarvik::blkdefs {
 
 using Definitions = std::span<const SDBlkDef>;
 using Fields = std::span<const SDBlkFieldDef>;
-
-// The decoder cuts a field's text into a buffer of this size, and reads a number from at most so
-// many characters of it.
-inline constexpr std::int32_t field_text_size = 4096;
-inline constexpr std::int32_t number_text_width = 80;
 
 // Groups that name a count which their blockette does not have, although it has one under another
 // key.  Such a blockette decodes up to the group, and the listing shows the fault.  They stay as
@@ -165,7 +161,7 @@ constexpr std::int32_t binary_width(Conversion conversion) {
 
 // A picture of a number is as wide as its field; both are read within one number's reach.
 constexpr bool number_width_is_sane(const SDBlkFieldDef &field) {
-  return field.width <= number_text_width &&
+  return field.width <= kNumberWidth &&
          std::string_view(field.format).size() == static_cast<std::size_t>(field.width);
 }
 
@@ -173,12 +169,12 @@ constexpr bool width_is_sane(const SDBlkFieldDef &field) {
   const std::int32_t binary = binary_width(conversion_of(field.kind, field.format));
   switch (field.stype) {
     case 'B': return binary > 0 && field.width == binary;
-    case 'A': return binary == 0 && field.width > 0 && field.width < field_text_size;
+    case 'A': return binary == 0 && field.width > 0 && field.width < kFieldTextSize;
     case 'D':
     case 'F': return binary == 0 && field.width > 0 && number_width_is_sane(field);
     case 'V':
       if (field.width == 0) return field.kind == SDBLK_STRING_ARRAY;
-      return binary == 0 && field.width > 0 && field.width < field_text_size;
+      return binary == 0 && field.width > 0 && field.width < kFieldTextSize;
     default: return field.stype == 0 && field.width == 0;
   }
 }

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "seed/format.h"
 #include "support/load.h"
 
 namespace tarvik {
@@ -23,8 +24,6 @@ struct ByteOrder {
 
 // Deduced from the parts of the start time: the first that makes sense one way only.
 ByteOrder byte_order_of(const RecordBytes &record);
-
-inline constexpr std::int64_t kLinkBytes = 4;  // type of a data blockette, offset of the next one
 
 struct Link {
   std::int32_t type;

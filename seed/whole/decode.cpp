@@ -3,6 +3,7 @@
 #include <array>
 
 #include "seed/block.h"
+#include "seed/format.h"
 #include "seed/whole/chain.h"
 #include "seed/whole/fields.h"
 #include "seed/whole/findings.h"
@@ -13,7 +14,6 @@
 namespace tarvik {
 namespace {
 
-constexpr std::int64_t kPrefixBytes = 7;
 constexpr std::int64_t kDataOffset = 44;  // of the first sample: where a record says it
 
 bool decode_blockette(const FieldsOf &of) {
@@ -24,7 +24,7 @@ bool decode_blockette(const FieldsOf &of) {
                 "the blockette has %lld bytes of the %d that it states",
                 static_cast<long long>(there), block->blockette_length);
   }
-  if (block->blkdef == nullptr) return true;
+  if (block->blkdef == nullptr || block->blockette_raw == nullptr) return true;
   const std::int64_t prefix = std::min(there, kPrefixBytes);
   return decode_fields(of, block->blockette_raw + prefix, there - prefix);
 }
@@ -129,16 +129,22 @@ bool decode_record(const FieldsOf &of) {
   return decode_chain(of, bytes);
 }
 
+bool decode(SDBlkVol *vol, SDBlk *block) {
+  const FieldsOf of = {
+      vol->whole, block, block->file_offset, block->storage->number, -1, !block->storage->reported};
+  block->storage->reported = true;
+  // A block that a program has made by hand may be shorter than any record.
+  const bool is_record = block->blockette_type == SDBLK_DATA_RECORD && block->data_ptr != nullptr &&
+                         block->blockette_length >= kDataHeaderBytes;
+  return is_record ? decode_record(of) : decode_blockette(of);
+}
+
 }  // namespace
 
 int unstuff_whole(SDBlkVol *vol, SDBlk *block) {
   block_drop_chain(block);
   block_forget_fields(block);
-  const FieldsOf of = {
-      vol->whole, block, block->file_offset, block->storage->number, -1, !block->storage->reported};
-  block->storage->reported = true;
-  const bool is_data = block->blockette_type == SDBLK_DATA_RECORD && block->data_ptr != nullptr;
-  if (is_data ? decode_record(of) : decode_blockette(of)) return 0;
+  if (block_make_whole(block) && decode(vol, block)) return 0;
   elog_log(0, "sdblk_unstuffblk: no memory for the fields of B%4.4d at %c:%6.6d\n",
            block->blockette_type, block->record_type, block->logical_sequence);
   return -1;

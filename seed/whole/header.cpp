@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "seed/whole/numbers.h"
 #include "support/load.h"
 
 namespace tarvik {
@@ -55,13 +56,6 @@ bool all_of_class(const char *bytes, std::int64_t size, Class wanted) {
   return true;
 }
 
-// Blanks, or none, then at least one digit, to the end.
-bool is_padded_number(const char *bytes, int size) {
-  int i = 0;
-  while (i < size && bytes[i] == ' ') ++i;
-  return i < size && all_of_class(bytes + i, size - i, kDigit);
-}
-
 bool is_control_header(const char *bytes, std::int64_t size) {
   if (!all_of_class(bytes, kNumberBytes, kDigit)) return false;
   if (bytes[kFlag] == '*') return true;
@@ -69,7 +63,7 @@ bool is_control_header(const char *bytes, std::int64_t size) {
   const std::int64_t rest = size - kHeaderBytes;
   if (rest < 3) return false;
   if (all_of_class(type, 3, kBlank | kNul)) return true;
-  return rest >= 7 && is_padded_number(type, 3) && is_padded_number(type + 3, 4);
+  return rest >= kPrefixBytes && padded_number({type, 3}) >= 0 && padded_number({type + 3, 4}) >= 0;
 }
 
 bool is_date(const char *bytes, bool big_endian) {

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "seed/format.h"
+
 namespace tarvik {
 
 // The bytes of a volume.
@@ -11,10 +13,6 @@ struct Image {
   const char *bytes;
   std::int64_t size;
 };
-
-inline constexpr std::int64_t kHeaderBytes = 8;  // number, type letter, continuation flag
-inline constexpr std::int64_t kDataHeaderBytes =
-    48;  // that of a data record with its fixed section
 
 enum class Header : std::uint8_t { none, control, data };
 

@@ -4,6 +4,8 @@
 #include <array>
 #include <cstddef>
 
+#include "seed/whole/numbers.h"
+
 namespace tarvik {
 namespace {
 
@@ -11,7 +13,6 @@ constexpr std::int64_t kShortest = 64;
 constexpr std::int64_t kLongest = 131072;
 constexpr std::int32_t kLeastExponent = 6;
 constexpr std::int32_t kMostExponent = 17;
-constexpr std::int32_t kDataOnlyType = 1000;
 constexpr std::int64_t kExponentInDataOnly = 6;  // place of "dlenp" in a blockette 1000
 
 std::int64_t power_of(std::int32_t exponent) {
@@ -32,28 +33,13 @@ std::int64_t stated_by_data(const RecordBytes &record, Chain *chain) {
   return 0;
 }
 
-// The value of digits with blanks around them, or -1.
-std::int32_t padded_number(const char *text, int size) {
-  int first = 0;
-  int end = size;
-  while (first < end && text[first] == ' ') ++first;
-  while (end > first && text[end - 1] == ' ') --end;
-  if (first == end) return -1;
-  std::int32_t value = 0;
-  for (int i = first; i < end; ++i) {
-    if (text[i] < '0' || text[i] > '9') return -1;
-    value = value * 10 + (text[i] - '0');
-  }
-  return value;
-}
-
 // The volume identifiers, blockettes 5, 8 and 10, state it as an exponent in their field 4.
 std::int64_t stated_by_control(const RecordBytes &record) {
   constexpr std::int64_t kExponent = 19;
   if (record.size < kExponent + 2 || record.bytes[7] != ' ') return 0;
-  const std::int32_t type = padded_number(record.bytes + kHeaderBytes, 3);
-  if (type != 5 && type != 8 && type != 10) return 0;
-  return power_of(padded_number(record.bytes + kExponent, 2));
+  const std::int32_t type = number_in_blanks({record.bytes + kHeaderBytes, 3});
+  if (!is_volume_identifier(type)) return 0;
+  return power_of(number_in_blanks({record.bytes + kExponent, 2}));
 }
 
 // ---- what confirms a length ----

@@ -106,6 +106,21 @@ bool read_clock(TimeText text, Clock *clock) {
 
 }  // namespace
 
+std::int32_t padded_number(std::string_view text) {
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  std::int32_t value = text.empty() ? -1 : 0;
+  for (const char c : text) {
+    if (!is_digit(c)) return -1;
+    value = value * 10 + (c - '0');
+  }
+  return value;
+}
+
+std::int32_t number_in_blanks(std::string_view text) {
+  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  return padded_number(text);
+}
+
 bool read_whole_integer(std::string_view text, std::int32_t *value) {
   const bool negative = !text.empty() && text[0] == '-';
   if (!text.empty() && is_sign_character(text[0])) text.remove_prefix(1);

@@ -7,6 +7,11 @@
 
 namespace tarvik {
 
+// The value of digits with blanks, or none, before them; -1 for any other text.  The second takes
+// blanks after them too.  Nine digits at most.
+std::int32_t padded_number(std::string_view text);
+std::int32_t number_in_blanks(std::string_view text);
+
 // "[+-]?[0-9]+" within 32 bits.
 bool read_whole_integer(std::string_view text, std::int32_t *value);
 

@@ -8,12 +8,12 @@
 #include "seed/whole/findings.h"
 #include "seed/whole/header.h"
 #include "seed/whole/measure.h"
+#include "seed/whole/numbers.h"
 #include "seed/whole/state.h"
 
 namespace tarvik {
 namespace {
 
-constexpr std::int64_t kPrefixBytes = 7;        // blockette type and length
 constexpr std::int32_t kFirstDataType = 99;     // types from here on stand in data records only
 constexpr std::int64_t kSearchBytes = 8 << 20;  // looked through before pages are given back
 
@@ -156,19 +156,6 @@ int cut_data_record(SDBlkVol *vol, SDBlk **blkp) {
   return 0;
 }
 
-// Blanks before digits, to the end; -1 for anything else.
-std::int32_t prefix_number(const char *text, int size) {
-  int i = 0;
-  while (i < size && text[i] == ' ') ++i;
-  if (i == size) return -1;
-  std::int32_t number = 0;
-  for (; i < size; ++i) {
-    if (text[i] < '0' || text[i] > '9') return -1;
-    number = number * 10 + (text[i] - '0');
-  }
-  return number;
-}
-
 bool is_blank_or_nul(char c) { return c == ' ' || c == '\0'; }
 
 // Goes to the next blockette of the record and reads its prefix; false at the end of what there is,
@@ -185,8 +172,8 @@ bool find_blockette(SDBlkVol *vol, std::int32_t *type, std::int32_t *length) {
   if (is_blank_or_nul(prefix[0]) && is_blank_or_nul(prefix[1]) && is_blank_or_nul(prefix[2])) {
     return false;
   }
-  *type = prefix_number(prefix, 3);
-  *length = prefix_number(prefix + 3, 4);
+  *type = padded_number({prefix, 3});
+  *length = padded_number({prefix + 3, 4});
   if (*type < 1 || *length < kPrefixBytes) {
     report_skip(whole, SDBLK_SKIP_PREFIX, record.offset + pos, record.length - pos);
     return false;

@@ -1,6 +1,8 @@
 // Blocks that are read whole: what is decoded, and the order of its notes.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -20,6 +22,53 @@ using volume::VolumeWriter;
 
 std::string put16(std::string bytes, std::size_t at, unsigned value) {
   return bytes.replace(at, 2, BinaryFields(ByteOrder::kBig).u16(value).bytes());
+}
+
+// ---- blocks that a program has made by hand ----
+
+SDBlk *hand_made(SDBlkVol *vol) {
+  auto *block = static_cast<SDBlk *>(std::calloc(1, sizeof(SDBlk)));
+  block->vol = vol;
+  return block;
+}
+
+TEST(UnstuffWhole, ZeroFilledBlockHasNoFields) {
+  WholeReader reader("");
+  SDBlk *block = hand_made(reader.vol());
+  EXPECT_EQ(sdblk_unstuffblk(block), 0);
+  EXPECT_EQ(countarr(block->contents), 0);
+  EXPECT_EQ(sdblk_block_number(block), -1);
+  block->blkdef = &seed_blkdefs[0];
+  EXPECT_EQ(sdblk_unstuffblk(block), 0);
+  EXPECT_EQ(countarr(block->contents), 0);
+  sdblk_free(block);
+}
+
+TEST(UnstuffWhole, RawBytesSetByHandAreDecoded) {
+  WholeReader reader("");
+  SDBlk *block = hand_made(reader.vol());
+  block->blkdef = &seed_blkdefs[8];
+  ASSERT_STREQ(block->blkdef->id, "B0033");
+  block->blockette_length = 18;
+  block->blockette_raw = strdup("0330018001Network~");
+  EXPECT_EQ(sdblk_unstuffblk(block), 0);
+  EXPECT_EQ(integer_of(block->contents, "gid"), 1);
+  EXPECT_EQ(text_of(block->contents, "descr"), "Network");
+  EXPECT_EQ(reader.lines(), (Lines{}));
+  sdblk_free(block);
+}
+
+TEST(UnstuffWhole, DataBlockTooShortForARecordHasNoFields) {
+  WholeReader reader("");
+  SDBlk *block = hand_made(reader.vol());
+  block->blockette_type = SDBLK_DATA_RECORD;
+  block->blkdef = &seed_blkdefs[37];
+  ASSERT_STREQ(block->blkdef->id, "DATA");
+  block->data_ptr = "000001D ";
+  block->blockette_length = 8;
+  EXPECT_EQ(sdblk_unstuffblk(block), 0);
+  EXPECT_EQ(countarr(block->contents), 0);
+  sdblk_free(block);
 }
 
 // ---- control blockettes ----
