@@ -126,6 +126,24 @@ typedef struct SDBlkWholeCounts {
 /* The counts of a volume that is read whole; all zero for any other. */
 SDBLK_API SDBlkWholeCounts sdblk_whole_counts(const SDBlkVol *vol);
 
+/* Where a volume that is read whole stands: all that decides what sdblk_parseblk hands out next. */
+typedef struct SDBlkPlace {
+  int64_t block;         /* the number of the block that is handed out next */
+  int64_t record_offset; /* of the record that is being read, from the start of the volume */
+  int32_t record_length; /* its length, bytes */
+  int32_t length;        /* the record length in force, bytes */
+  int32_t number;        /* the record's number, or -1 without one */
+  int32_t pos;           /* how far a control record is read, bytes from its start; else 0 */
+  char letter;           /* its type letter */
+} SDBlkPlace;
+
+/* The place of a volume that is read whole, and going back, or on, to one: blocks are handed out
+ * from there as they were, with the same numbers.  What is registered of abbreviations stays, so
+ * abbreviation blockettes must not be decoded again; blocks that are met again are counted and
+ * reported again. */
+SDBLK_API SDBlkPlace sdblk_place(const SDBlkVol *vol);
+SDBLK_API void sdblk_go_to(SDBlkVol *vol, const SDBlkPlace *place);
+
 /* The number of a block that was read whole, from 0; without the bounds of block_number. */
 SDBLK_API int64_t sdblk_block_number(const SDBlk *block);
 
