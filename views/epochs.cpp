@@ -127,6 +127,11 @@ const SDBlkEntry *Response::entry(std::int32_t position) const {
   return from == kStage ? stage : sdblk_entry_at(block->contents, fields, from);
 }
 
+ResponseField::ResponseField(std::int32_t type, const char *key) {
+  const SDBlkDef &def = definition_of(type);
+  while (std::string_view(def.fields[position_].key) != key) ++position_;
+}
+
 void for_each_response(const SDBlk &block, const Take &take) {
   if (block.blockette_type != kByDictionary) {
     take({block.blockette_type, &block, nullptr});

@@ -28,6 +28,9 @@ enum class Role : std::uint8_t {
   response          // a blockette 53 to 58 or 60 to 62
 };
 
+// Whether a blockette of a type is one of a response.
+constexpr bool is_response(std::int32_t type) { return type >= 53 && type <= 62 && type != 59; }
+
 // Tells roles, block by block in the order of a volume.
 class Roles {
  public:
@@ -49,6 +52,22 @@ struct Response {
 
   // The entry of a field, by its position in the counterpart; null where it is absent.
   [[nodiscard]] const SDBlkEntry *entry(std::int32_t position) const;
+};
+
+// A field of a response blockette, found once by its key in the counterpart.
+class ResponseField {
+ public:
+  // The field must exist.
+  ResponseField(std::int32_t type, const char *key);
+
+  // The entry, or nullptr where the field is absent or has no value.
+  [[nodiscard]] const SDBlkEntry *in(const Response &response) const {
+    const SDBlkEntry *entry = response.entry(position_);
+    return entry != nullptr && sdblk_has_value(entry) ? entry : nullptr;
+  }
+
+ private:
+  std::int32_t position_ = 0;
 };
 
 // Hands out the blockettes that a block of the role response stands for, until take gives false.

@@ -4,83 +4,14 @@
 #include <limits>
 
 #include "support/line.h"
-#include "views/fields.h"
 #include "views/json.h"
-#include "views/places.h"
+#include "views/response_fields.h"
 
 namespace tarvik {
 namespace {
 
 constexpr std::int64_t kNoStage = std::numeric_limits<std::int64_t>::max();  // comes last
-constexpr std::int32_t kSensitivity = 58;
 constexpr std::string_view kNull = "null";
-
-// Types of which a response may be split over several blockettes.
-bool may_be_split(std::int32_t type) {
-  return type == 53 || type == 54 || type == 55 || type == 61;
-}
-
-// What a field is to the stages.
-enum class Use : std::uint8_t {
-  plain,
-  stage,
-  input_units,
-  output_units,
-  value,
-  frequency,
-  count,
-  elements
-};
-
-struct FieldUse {
-  const Plan::Field *field;
-  Use use;
-  std::size_t repetition;  // of count and elements
-};
-
-using Uses = std::vector<FieldUse>;
-
-Use use_of(const SDBlkDef &def, std::int32_t position) {
-  const std::string_view key = def.fields[position].key;
-  if (key == "stage") return Use::stage;
-  if (key == "iunits") return Use::input_units;
-  if (key == "ounits") return Use::output_units;
-  if (def.type == kSensitivity && key == "sens") return Use::value;
-  if (def.type == kSensitivity && key == "freq") return Use::frequency;
-  if (!may_be_split(def.type)) return Use::plain;
-  if (def.fields[position].number_entry != nullptr) return Use::elements;
-  // A count stands directly before what it counts.
-  const bool counts =
-      position + 1 < def.nfields && def.fields[position + 1].number_entry != nullptr;
-  return counts ? Use::count : Use::plain;
-}
-
-Uses make_uses(const SDBlkDef &def) {
-  Uses uses;
-  std::size_t repetition = 0;
-  const Plan &plan = plan_of(def);
-  for (std::int32_t i = 0; i < def.nfields; ++i) {
-    const Use use = use_of(def, i);
-    uses.push_back({&plan.fields[static_cast<std::size_t>(i)], use, repetition});
-    if (use == Use::elements) ++repetition;
-  }
-  return uses;
-}
-
-constexpr std::int32_t kFirstType = 53;
-constexpr std::int32_t kLastType = 62;
-
-const Uses &uses_of(std::int32_t type) {
-  static const auto all = [] {
-    std::vector<Uses> uses(kLastType - kFirstType + 1);
-    for (const SDBlkDef &def : seed_blkdefs) {
-      if (def.type < kFirstType || def.type > kLastType) continue;
-      uses[static_cast<std::size_t>(def.type - kFirstType)] = make_uses(def);
-    }
-    return uses;
-  }();
-  return all[static_cast<std::size_t>(type - kFirstType)];
-}
 
 void put_number(TextBuffer *out, std::int64_t value) {
   out->commit(put_integer(out->reserve(kIntegerRoom), value));
@@ -91,22 +22,6 @@ void put_number(TextBuffer *out, std::int64_t value) {
 void Stages::clear() {
   text_.clear();
   items_.clear();
-}
-
-void Stages::put_field(const Response &response, const SDBlkEntry &entry,
-                       const Plan::Field &field) {
-  static const Place unit_name(34, "name");
-  if (!field.refers || !sdblk_has_value(&entry)) {
-    put_value(&text_, *response.block, entry, field);
-    return;
-  }
-  const SDBlk *unit = referred(*response.block, entry);
-  const SDBlkEntry *name = unit == nullptr ? nullptr : unit_name.value(*unit);
-  if (name == nullptr) {
-    text_.put(kNull);
-  } else {
-    put_json_text(&text_, name->value.s);
-  }
 }
 
 bool Stages::add(const Response &response) {
@@ -124,7 +39,7 @@ bool Stages::add(const Response &response) {
     if (text_.size() > item.fields.begin) text_.put(',');
     text_.put(use.field->key.as_first());
     Piece value = {text_.size(), 0};
-    put_field(response, *entry, *use.field);
+    put_response_value(&text_, response, *entry, *use.field);
     value.end = text_.size();
     Repetition &repetition =
         item.repetitions[std::min(use.repetition, item.repetitions.size() - 1)];
@@ -174,7 +89,7 @@ std::string_view Stages::first_value(Piece Item::*unit, bool from_end) const {
 void Stages::put_sensitivity(TextBuffer *out) const {
   out->put(R"(,"sensitivity":)");
   const auto found = std::find_if(items_.begin(), items_.end(), [](const Item &item) {
-    return item.stage == 0 && item.type == kSensitivity;
+    return item.stage == 0 && item.type == kGainType;
   });
   if (found == items_.end()) {
     out->put(kNull);

@@ -10,7 +10,6 @@
 
 #include "views/epochs.h"
 #include "views/lines.h"
-#include "views/plan.h"
 
 namespace tarvik {
 
@@ -58,7 +57,6 @@ class Stages {
   [[nodiscard]] std::string_view text(const Piece &piece) const {
     return text_.text().substr(piece.begin, piece.end - piece.begin);
   }
-  void put_field(const Response &response, const SDBlkEntry &entry, const Plan::Field &field);
   [[nodiscard]] bool is_joined(const Item &first, const Item &next) const;
   [[nodiscard]] Iterator end_of_joined(Iterator first) const;
   void put_sensitivity(TextBuffer *out) const;

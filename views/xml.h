@@ -1,0 +1,70 @@
+// XML 1.0 in UTF-8, written as it is made.
+#ifndef VIEWS_XML_H_
+#define VIEWS_XML_H_
+
+#include <libxml/xmlwriter.h>
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "views/lines.h"
+
+namespace tarvik {
+
+// A text of any bytes as characters that XML may hold: those that JSON would show, without those
+// that XML forbids.  *left_out tells whether there were any.
+std::string xml_text(std::string_view text, bool *left_out);
+
+// The same digits as in JSON; infinities as the schema language has them.  Room for kRealRoom.
+char *put_xml_real(char *out, double value);
+
+// Writes elements one after the other, each on lines of its own, a blank deeper than the one that
+// holds it.  Throws std::bad_alloc.
+class Xml {
+ public:
+  // Takes a document's text in pieces of any size; it outlives the writer.
+  explicit Xml(LineSink *sink);
+
+  void declare();  // first in a document
+  void start(const char *element);
+  void attribute(const char *name, const std::string &value);
+  void text(const std::string &value);
+  void end();
+  // A whole element.
+  void element(const char *name, const std::string &value);
+  void element(const char *name, double value);
+
+  // Where whole elements are put that are lines already, each with its indent and its end, after an
+  // element that has ended; to be used before anything else is written.
+  TextBuffer *lines();
+  // How many blanks stand before an element that is started now.
+  [[nodiscard]] std::size_t depth() const { return depth_; }
+
+  // Hands on what is there, where that is much.  False from the first piece on that could not be
+  // written.
+  bool flush_much() { return out_.size() < kMuch || flush(); }
+  // Hands on what is there.
+  bool flush();
+
+ private:
+  static constexpr std::size_t kMuch = std::size_t{128} << 10;
+
+  static int take(void *out, const char *bytes, int size);
+  static void check(int result);
+
+  struct Free {
+    void operator()(xmlTextWriter *writer) const { xmlFreeTextWriter(writer); }
+  };
+
+  LineSink *sink_;
+  TextBuffer out_;
+  bool good_ = true;
+  std::size_t depth_ = 0;
+  std::unique_ptr<xmlTextWriter, Free> writer_;  // which writes into the members above
+};
+
+}  // namespace tarvik
+
+#endif  // VIEWS_XML_H_
