@@ -6,6 +6,10 @@
 
 namespace tarvik {
 
+// Writes a line at once, for any thread.  Control characters show as "?", and the progress makes
+// room.
+void say(std::string_view line);
+
 // Writes "sdblk: ", the text and a line end at once, for any thread.  On a terminal control
 // characters show as "?", and the progress makes room.
 void complain(std::string_view text);

@@ -39,10 +39,14 @@ void declare_common(const Verb &verb, OptionList *list, Options *options) {
   list->path("--files-from", "LIST", &options->files_from,
              "Further paths, one a line, from a file or from standard input (-)");
   list->flag("-0", &options->nul, "The paths of LIST end in NUL instead");
-  list->argument(
-      "-j", "N",
-      [options](const std::string &argument) { return take_workers(argument, &options->workers); },
-      "Read N files at a time; 0: as many as there are processors");
+  if (verb.schema != nullptr) {
+    list->argument(
+        "-j", "N",
+        [options](const std::string &argument) {
+          return take_workers(argument, &options->workers);
+        },
+        "Read N files at a time; 0: as many as there are processors");
+  }
   list->path("-o", "FILE", &options->output,
              "Write to a file, which is there when the run has ended well");
   list->argument(

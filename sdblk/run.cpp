@@ -1,8 +1,5 @@
 #include "sdblk/run.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
@@ -14,6 +11,7 @@
 #include <utility>
 
 #include "sdblk/file_list.h"
+#include "sdblk/files.h"
 #include "sdblk/known.h"
 #include "sdblk/messages.h"
 #include "sdblk/output.h"
@@ -27,16 +25,6 @@ namespace tarvik {
 namespace {
 
 constexpr std::int32_t kMostWorkers = 256;
-
-std::string text_of(int error) { return std::generic_category().message(error); }
-
-char list_end(const Options &options) { return options.nul ? '\0' : '\n'; }
-
-// The list of further files; -1 where there is none, or it cannot be opened.
-int open_list(const Options &options) {
-  if (options.files_from == kStandardInput) return STDIN_FILENO;
-  return options.files_from.empty() ? -1 : open(options.files_from.c_str(), O_RDONLY | O_CLOEXEC);
-}
 
 // What the workers of a run share.
 struct Shared {
@@ -81,7 +69,7 @@ class Worker {
  private:
   void take(const FolderWalk::Found &found) {
     if (found.error != 0) {
-      say_unreadable(found.path, text_of(found.error));
+      say_unreadable(found.path, error_text(found.error));
     } else if (found.path == kStandardInput) {
       read_standard_input();
     } else if (!shared_->known.holds(found.path)) {
@@ -165,14 +153,6 @@ void work_together(Shared *shared, std::size_t workers) {
   for (std::thread &thread : threads) thread.join();
 }
 
-// The run's files once more, to be counted; not those of a list that can be read only once.
-Progress::List list_to_count(const Options &options) {
-  if (options.files_from == kStandardInput) return nullptr;
-  return [&options] {
-    return std::make_unique<FileList>(options.files, open_list(options), list_end(options));
-  };
-}
-
 bool shows_progress(const Shared &shared) { return !shared.output.is_terminal(); }
 
 void say_gone(Shared *shared) {
@@ -203,7 +183,7 @@ void read_all(Shared *shared, std::size_t workers) {
 Status status_of(Shared *shared) {
   if (shared->out_of_memory) return fail("out of memory");
   const int list_error = shared->files.list_error();
-  if (list_error != 0) return fail(shared->options.files_from + ": " + text_of(list_error));
+  if (list_error != 0) return fail(shared->options.files_from + ": " + error_text(list_error));
   if (!shared->output.finish()) return fail(shared->output.error());
   if (shared->unreadable) return kFailed;
   return shared->damaged ? kDamaged : kAllRead;
@@ -212,15 +192,16 @@ Status status_of(Shared *shared) {
 }  // namespace
 
 Status run(const Options &options) {
+  if (options.chosen.run) return options.chosen.run(options);
   const int list = open_list(options);
   if (list < 0 && !options.files_from.empty()) {
-    return fail(options.files_from + ": " + text_of(errno));
+    return fail(options.files_from + ": " + error_text(errno));
   }
   const auto workers = static_cast<std::size_t>(std::min(options.workers, kMostWorkers));
   Shared shared(options, list, std::max(workers, std::size_t{1}));
   if (!options.chosen.known.empty()) {
     const int error = shared.known.read(options.chosen.known);
-    if (error != 0) return fail(options.chosen.known + ": " + text_of(error));
+    if (error != 0) return fail(options.chosen.known + ": " + error_text(error));
   }
   if (!options.output.empty() && !shared.output.open(options.output)) {
     return fail(shared.output.error());

@@ -12,9 +12,14 @@
 
 namespace tarvik {
 
+struct Options;
+enum Status : int;
+
 // What a verb makes of its command line.
 struct Chosen {
   std::function<std::unique_ptr<View>(const ViewOptions &options)> make_view;  // for any thread
+  // Instead: makes one thing of all files.
+  std::function<Status(const Options &options)> run;
   std::string known;  // the list of files that are passed over; empty for none
 };
 
@@ -25,7 +30,7 @@ struct Verb {
   // as long as they do.
   void (*declare)(OptionList *options, Chosen *chosen);
   Heading (*heading)();     // of comma-separated values; nullptr for none
-  std::string (*schema)();  // of its lines; nullptr for none
+  std::string (*schema)();  // of its lines; nullptr for none, where they are no lines
 };
 
 std::span<const Verb> verbs();
