@@ -39,14 +39,10 @@ void declare_common(const Verb &verb, OptionList *list, Options *options) {
   list->path("--files-from", "LIST", &options->files_from,
              "Further paths, one a line, from a file or from standard input (-)");
   list->flag("-0", &options->nul, "The paths of LIST end in NUL instead");
-  if (verb.schema != nullptr) {
-    list->argument(
-        "-j", "N",
-        [options](const std::string &argument) {
-          return take_workers(argument, &options->workers);
-        },
-        "Read N files at a time; 0: as many as there are processors");
-  }
+  list->argument(
+      "-j", "N",
+      [options](const std::string &argument) { return take_workers(argument, &options->workers); },
+      "Read N files at a time; 0: as many as there are processors");
   list->path("-o", "FILE", &options->output,
              "Write to a file, which is there when the run has ended well");
   list->argument(
@@ -136,6 +132,8 @@ class Reader {
       OptionList list(command);
       declare_common(verb, &list, options);
       verb.declare(&list, &options->chosen);
+      // One thing is made of all files, one after the other.
+      if (options->chosen.run) command->remove_option(command->get_option("-j"));
     });
   }
 
