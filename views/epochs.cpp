@@ -114,7 +114,7 @@ Role Roles::of(const SDBlk &block) {
     case 59: return in_channel_ ? Role::channel_comment : Role::none;
     default: break;
   }
-  return in_channel_ && tarvik::is_response(block.blockette_type) ? Role::response : Role::none;
+  return in_channel_ && is_response(block.blockette_type) ? Role::response : Role::none;
 }
 
 // ---- responses ----

@@ -28,9 +28,6 @@ enum class Role : std::uint8_t {
   response          // a blockette 53 to 58 or 60 to 62
 };
 
-// Whether a blockette of a type is one of a response.
-constexpr bool is_response(std::int32_t type) { return type >= 53 && type <= 62 && type != 59; }
-
 // Tells roles, block by block in the order of a volume.
 class Roles {
  public:

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "seed/format.h"
 #include "views/epoch_index.h"
 #include "views/epochs.h"
 #include "views/places.h"
