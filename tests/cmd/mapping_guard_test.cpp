@@ -40,15 +40,17 @@ TEST(MappingGuardDeathTest, FaultElsewhereIsLeftToTheSystem) {
   EXPECT_EXIT(fault(), testing::KilledBySignal(SIGBUS), "^$");
 }
 
-// Reads the last page of a volume whose file has lost it; the volume's name is no plain one.
-void read_what_a_volume_has_lost(const command::ScratchDirectory &directory) {
+// Reads a byte of a volume whose file has lost all but its first size bytes; its name is no plain
+// one.
+void read_what_a_volume_has_lost(const command::ScratchDirectory &directory, off_t size = 4096,
+                                 std::size_t offset = 8191) {
   if (chdir(directory.path().c_str()) != 0) return;
   const std::string name = "a\x1b[2J\xc2\x9b\x9b\xc3\x9b";
   static_cast<void>(directory.file(name, std::string(8192, ' ')));
   const SDBlkVol *vol = sdblk_new(name.c_str(), nullptr, 0, 0);
-  if (vol == nullptr || truncate(name.c_str(), 4096) != 0) return;
+  if (vol == nullptr || truncate(name.c_str(), size) != 0) return;
   guard_mapping(*vol);
-  std::printf("%d", *static_cast<const volatile char *>(vol->image + vol->image_size - 1));
+  std::printf("%d", *static_cast<const volatile char *>(vol->image + offset));
 }
 
 TEST(MappingGuard, NameOfTheVolumeReachesAPipeAsItIs) {
@@ -56,6 +58,15 @@ TEST(MappingGuard, NameOfTheVolumeReachesAPipeAsItIs) {
   const ChildResult child = run_child([&] { read_what_a_volume_has_lost(directory); });
   EXPECT_EQ(child.bytes, "tarvik: a\x1b[2J\xc2\x9b\x9b\xc3\x9b changed while it was read.\n");
   EXPECT_EQ(child.status, 1);
+}
+
+TEST(MappingGuard, FirstAndLastByteBelongToTheVolume) {
+  const command::ScratchDirectory directory;
+  for (const std::size_t offset : {std::size_t{0}, std::size_t{8191}}) {
+    const ChildResult child = run_child([&] { read_what_a_volume_has_lost(directory, 0, offset); });
+    EXPECT_EQ(child.status, 1) << offset;
+    EXPECT_TRUE(child.bytes.ends_with(" changed while it was read.\n")) << offset;
+  }
 }
 
 TEST(MappingGuard, ControlCharactersOfTheNameDoNotReachATerminal) {

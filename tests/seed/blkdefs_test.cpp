@@ -103,6 +103,51 @@ TEST(Catalogue, EveryLineEqualsTheTableMadeApart) {
   for (std::size_t i = 0; i < expected.size(); ++i) EXPECT_EQ(actual[i], expected[i]);
 }
 
+TEST(Catalogue, EveryFieldsDescriptionEqualsTheOneKept) {
+  const std::vector<std::string> expected =
+      lines_of(contents_of(TARVIK_TEST_DATA_DIR "/seed/descriptions.tsv"));
+  std::vector<std::string> actual;
+  const auto add = [&](const std::string &array, Fields fields) {
+    for (const SDBlkFieldDef &field : fields) {
+      actual.push_back(array + "\t" + field.key + "\t" + field.description);
+    }
+  };
+  for (const SDBlkDef &def : seed_blkdefs) add(catalogue::array_name(def), fields_of(def));
+  for (const catalogue::NamedGroup &group : catalogue::named_groups) {
+    add(group.name, group_of(catalogue::field_with(group)));
+  }
+  ASSERT_EQ(expected.size(), 399U);
+  EXPECT_EQ(actual, expected);
+}
+
+// Other programs look for these as they stand, slips and all.
+TEST(Catalogue, DescriptionsWithSlipsStay) {
+  const std::tuple<std::int32_t, const char *, const char *> expected[] = {
+      {11, "nstas",
+       "The number of stations that will be represented later by Station identifier Blocklettes "
+       "[50]"},
+      {11, "stas",
+       "The stations that will be represented later by Station identifier Blocklettes [50]"},
+      {32, "date", "Date published and catalog information for this citation from the publicaiton"},
+      {47, "decoff", "This filed determines which sample is chosen for use (first sample = 0)"},
+      {57, "decoff", "This filed determines which sample is chosen for use (first sample = 0)"},
+      {74, "sseq",
+       "The sub-sequence number used when the data record size is lass than the logical record "
+       "size"},
+      {100, "flags", "Flags (to bo defined)"},
+      {500, "vco",
+       "VCO correction is a floating point percentage from 0.0% (slowwest) to 100.0% (fastest) of "
+       "VCO control value"},
+  };
+  for (const auto &[type, key, description] : expected) {
+    EXPECT_STREQ(find_field(type, key).description, description);
+  }
+  EXPECT_STREQ(find_field(group_of(find_field(73, "segs")), "sseq").description,
+               find_field(74, "sseq").description);
+  EXPECT_STREQ(find_field(group_of(find_field(46, "corners")), "slope").description,
+               "The slope of the line after the corner measured in db/decade");
+}
+
 TEST(Catalogue, TypesAreThose) {
   const std::vector<std::int32_t> expected = {
       5,  8,  10,  11,  12,  30,  31,  32,  33,  34,  35,  41,  42,  43,   44,   45,  46, 47,

@@ -70,6 +70,8 @@ TEST(Keys, MustBeUniqueInTheirArray) {
   const SDBlkFieldDef twice[] = {integer("a"), integer("b"), integer("a")};
   EXPECT_TRUE(keys_are_unique(unique, 50));
   EXPECT_FALSE(keys_are_unique(twice, 50));
+  const SDBlkFieldDef later[] = {integer("a"), integer("b"), integer("c"), integer("b")};
+  EXPECT_FALSE(keys_are_unique(later, 50));
 }
 
 TEST(Keys, OfGroupsAreLookedAtToo) {

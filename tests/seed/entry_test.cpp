@@ -801,6 +801,19 @@ TEST(FreeBlock, BlockMadeByHandGoesWithItsNext) {
   sdblk_free(blk);
 }
 
+TEST(ClearBlock, NextThatWasSetByHandIsReleased) {
+  SDBlk *blk = block_by_hand(99);
+  blk->next = block_by_hand(1000);
+  sdblk_clear(blk);
+  EXPECT_EQ(blk->next, nullptr);
+  sdblk_free(blk);
+  BlockReader reader("000007S " + stages());
+  SDBlk *parsed = reader.next();
+  parsed->next = block_by_hand(1000);
+  sdblk_clear(parsed);
+  EXPECT_EQ(parsed->next, nullptr);
+}
+
 TEST(FreeBlock, BlocketteOfAChainStaysWithItsRecord) {
   const DataRecord record = DataRecord{.time = {2021, 75}}.b100(20);
   BlockReader reader(record.bytes(512));

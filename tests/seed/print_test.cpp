@@ -644,6 +644,18 @@ TEST(LongPrefix, OfRepetitionsCountsItsIndex) {
   }
 }
 
+// What stands after the buffer would be changed first: the sizes that the second element needs.
+TEST(LongName, AfterTheLongestPrefixFits) {
+  const std::string key(4089, 'k');
+  const std::string prefix(511, '>');
+  std::array<std::int32_t, 3> integers = {4, 5, 6};
+  Entries entries({field(key.c_str(), SDBLK_INT_ARRAY)});
+  entries[0].count = 3;
+  entries[0].value.ia = integers.data();
+  EXPECT_EQ(entries.print(prefix.c_str()), prefix + key + "[0000] = 4\n" + prefix + key +
+                                               "[0001] = 5\n" + prefix + key + "[0002] = 6\n");
+}
+
 TEST(LongName, OfAnElementIsFatal) {
   std::array<std::int32_t, 1> integers = {4};
   for (const std::size_t size : {4089U, 4090U}) {

@@ -524,6 +524,16 @@ TEST(ParseBlk, LastTwoBytesOfARecordArePaddingWhateverTheyHold) {
   EXPECT_EQ(reader.blk().blockette_type, 52);
 }
 
+TEST(ParseBlk, ThreeBytesLeftThatAreNotBlankStartABlockette) {
+  // The length is read over the next header, as it stands there: "0000".
+  const std::string record = padded("000001S 0110053", 61) + "052";
+  Reader reader(record + padded("000002S ", 64), 64);
+  ASSERT_EQ(reader.next(), 53);
+  EXPECT_EQ(reader.next(), 0);
+  EXPECT_EQ(reader.blk().blockette_type, 52);
+  EXPECT_EQ(reader.blk().file_offset, 61);
+}
+
 TEST(ParseBlk, TwoBlanksBeforeADigitAreAType) {
   Reader reader("000001V   60007");
   ASSERT_EQ(reader.next(), 7);

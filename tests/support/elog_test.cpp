@@ -484,12 +484,17 @@ TEST(ElogStream, FirstWriteErrorIsKeptAndItsBytesAreDropped) {
 
 TEST(ElogStream, NonBlockingDescriptorLosesNothing) {
   const ChildResult child = run_child([] {
+    fcntl(STDERR_FILENO, F_SETPIPE_SZ, 4096);  // smaller than the log's buffer: part is taken
     fcntl(STDERR_FILENO, F_SETFL, fcntl(STDERR_FILENO, F_GETFL) | O_NONBLOCK);
-    for (int i = 0; i < 50000; ++i) elog_notify(0, "0123456789\n");
+    for (int i = 0; i < 50000; ++i) elog_notify(0, "%010d\n", i);
     elog_flush();
     std::exit(elog_write_error());
   });
-  EXPECT_EQ(child.bytes.size(), 50000U * 11);
+  ASSERT_EQ(child.bytes.size(), 50000U * 11);
+  for (std::size_t i = 0; i < 50000; ++i) {
+    const std::string number = std::to_string(i);
+    EXPECT_EQ(child.bytes.substr(i * 11, 11), std::string(10 - number.size(), '0') + number + "\n");
+  }
   EXPECT_EQ(child.status, 0);
 }
 
