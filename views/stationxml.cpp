@@ -13,6 +13,7 @@
 #include "seed/format.h"
 #include "views/epoch_index.h"
 #include "views/epochs.h"
+#include "views/json.h"
 #include "views/places.h"
 #include "views/response_xml.h"
 #include "views/volume_shelf.h"
@@ -111,13 +112,15 @@ void write_numbers(const XmlValues &values, const SDBlk &block, const Numbers &n
   }
 }
 
+// "NET_STA" or "NET_STA_CHA_LO", for people.
 std::string name_of(const EpochKey &key) {
   std::string name;
   name.append(key.network()).append("_").append(key.station());
-  if (key.channel().empty() && key.location().empty()) return name;
-  name.append("_").append(key.channel());
-  if (!key.location().empty()) name.append("_").append(key.location());
-  return name;
+  if (!key.channel().empty() || !key.location().empty()) {
+    name.append("_").append(key.channel());
+    if (!key.location().empty()) name.append("_").append(key.location());
+  }
+  return utf8_text(name);
 }
 
 // The text of a network identifier, or nullptr where there is none.

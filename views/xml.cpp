@@ -1,5 +1,7 @@
 #include "views/xml.h"
 
+#include <libxml/xmlwriter.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -44,6 +46,8 @@ char *put_xml_real(char *out, double value) {
   if (std::isinf(value)) return put_text(out, value < 0 ? "-INF" : "INF");
   return put_json_real(out, value);
 }
+
+void Xml::Free::operator()(xmlTextWriter *writer) const { xmlFreeTextWriter(writer); }
 
 Xml::Xml(LineSink *sink) : sink_(sink) {
   xmlOutputBuffer *buffer = xmlOutputBufferCreateIO(take, nullptr, &out_, nullptr);

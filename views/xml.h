@@ -2,14 +2,14 @@
 #ifndef VIEWS_XML_H_
 #define VIEWS_XML_H_
 
-#include <libxml/xmlwriter.h>
-
 #include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
 
 #include "views/lines.h"
+
+struct _xmlTextWriter;  // NOLINT(bugprone-reserved-identifier): the library's
 
 namespace tarvik {
 
@@ -55,14 +55,14 @@ class Xml {
   static void check(int result);
 
   struct Free {
-    void operator()(xmlTextWriter *writer) const { xmlFreeTextWriter(writer); }
+    void operator()(_xmlTextWriter *writer) const;
   };
 
   LineSink *sink_;
   TextBuffer out_;
   bool good_ = true;
   std::size_t depth_ = 0;
-  std::unique_ptr<xmlTextWriter, Free> writer_;  // which writes into the members above
+  std::unique_ptr<_xmlTextWriter, Free> writer_;  // which writes into the members above
 };
 
 }  // namespace tarvik
