@@ -1,7 +1,7 @@
 # What `cmake --install` puts where, and the two ways for other projects to find it: a CMake package
 # (find_package(tarvik), target tarvik::sdblk) and a pkg-config file (sdblk.pc).
 #
-# Components, each a package of its own (cmake/TarvikPackage.cmake): command, companion (the command
+# Components, each a package of its own (cmake/TarvikPackage.cmake): python, command, companion (the command
 # sdblk), library (the shared one) and dev.
 include(CMakePackageConfigHelpers)
 
@@ -56,6 +56,14 @@ install(FILES completions/tarvik.bash DESTINATION "${TARVIK_BASH_COMPLETION_DIR}
 )
 install(FILES completions/_tarvik DESTINATION "${TARVIK_ZSH_COMPLETION_DIR}" COMPONENT command)
 
+set(TARVIK_PYTHON_DIR "lib/python3/dist-packages" CACHE STRING
+    "Where the interpreter looks for packages, below the prefix")
+if(TARGET sdblk_python)
+  install(TARGETS sdblk_python LIBRARY DESTINATION "${TARVIK_PYTHON_DIR}/sdblk" COMPONENT python)
+  install(DIRECTORY python/sdblk DESTINATION "${TARVIK_PYTHON_DIR}" COMPONENT python
+          FILES_MATCHING PATTERN "*.py" PATTERN "*.pyi" PATTERN "py.typed"
+  )
+endif()
 if(TARGET sdblk_command)
   install(TARGETS sdblk_command RUNTIME COMPONENT companion)
   install(FILES man/sdblk.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT companion)

@@ -53,6 +53,24 @@ comma-separated values, from one file or from millions."
   )
 endif()
 
+if(TARGET sdblk_python)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+  # The module is for this version of the interpreter.
+  set(python_here "${Python_VERSION_MAJOR}.${Python_VERSION_MINOR}")
+  math(EXPR python_next "${Python_VERSION_MINOR} + 1")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-sdblk)
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+      "python3 (>= ${python_here}~), python3 (<< ${Python_VERSION_MAJOR}.${python_next}), python3-numpy"
+  )
+  set(CPACK_DEBIAN_PYTHON_DESCRIPTION
+      "library that reads SEED volumes, for Python
+${volume_text}
+This package gives what volumes hold as objects and numpy tables, and channels,
+responses and stretches of data as dicts."
+  )
+endif()
+
 set(library_package "libsdblk${PROJECT_VERSION_MAJOR}")
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME libsdblk-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)

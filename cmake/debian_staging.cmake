@@ -47,7 +47,9 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   string(TOUPPER "${component}" upper)
   set(root "${CPACK_TEMPORARY_DIRECTORY}/${component}${CPACK_PACKAGING_INSTALL_PREFIX}")
   add_documents("${CPACK_DEBIAN_${upper}_PACKAGE_NAME}" "${root}")
-  file(GLOB binaries "${root}/bin/*" "${root}/lib/*/lib*.so.*.*")
+  file(GLOB binaries "${root}/bin/*" "${root}/lib/*/lib*.so.*.*"
+       "${root}/lib/python3/dist-packages/*/*.so"
+  )
   strip_files(--strip-unneeded ${binaries})
   file(GLOB archives "${root}/lib/*/lib*.a")
   strip_files("--strip-debug;--enable-deterministic-archives" ${archives})

@@ -2,7 +2,8 @@
 # Makes what is handed out of a release, in build/packages:
 #
 #   tarvik-<version>.tar.xz    the source of the last commit, which builds without git
-#   *.deb                      Debian packages: the command, the library, its development files
+#   *.deb                      Debian packages: the commands, the library, its development files,
+#                              the package for Python
 #
 #   package.sh                 both
 #   package.sh --source        the source archive alone

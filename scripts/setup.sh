@@ -43,9 +43,12 @@ need_build() {
   need libxml2-dev found /usr/include/libxml2/libxml/tree.h /usr/local/include/libxml2/libxml/tree.h
   need_git
 }
-need_python() {
+need_pybind11() {
   need pybind11-dev found /usr/include/pybind11/pybind11.h /usr/local/include/pybind11/pybind11.h
   need python3-dev has python3-config
+}
+need_python() {
+  need_pybind11
   need mypy has mypy
   need python3-venv has_module ensurepip
   for module in numpy pybind11 pytest hypothesis jsonschema setuptools pip wheel matplotlib pandas \
@@ -100,6 +103,7 @@ need_source() {
 }
 need_package() {
   need_build
+  need_pybind11
   need_source
   need dpkg-dev has dpkg-shlibdeps
   need file has file

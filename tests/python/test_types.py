@@ -38,9 +38,14 @@ WRONG = {
 }
 
 
-def mypy(*arguments, cwd):
+@pytest.fixture(scope="module", name="cache")
+def make_cache(tmp_path_factory):
+    return tmp_path_factory.mktemp("cache")
+
+
+def mypy(*arguments, cwd, cache):
     return subprocess.run(
-        [sys.executable, "-m", "mypy", "--strict", "--cache-dir", str(cwd / "cache"), *arguments],
+        [sys.executable, "-m", "mypy", "--strict", "--cache-dir", str(cache), *arguments],
         capture_output=True,
         text=True,
         check=False,
@@ -49,21 +54,21 @@ def mypy(*arguments, cwd):
     )
 
 
-def test_package_is_typed_strictly(tmp_path):
-    done = mypy("-p", "sdblk", cwd=tmp_path)
+def test_package_is_typed_strictly(tmp_path, cache):
+    done = mypy("-p", "sdblk", cwd=tmp_path, cache=cache)
     assert done.returncode == 0, done.stdout
 
 
-def test_program_is_checked(tmp_path):
+def test_program_is_checked(tmp_path, cache):
     (tmp_path / "program.py").write_text(PROGRAM)
-    done = mypy("program.py", cwd=tmp_path)
+    done = mypy("program.py", cwd=tmp_path, cache=cache)
     assert done.returncode == 0, done.stdout
 
 
-def test_wrong_uses_are_found(tmp_path):
+def test_wrong_uses_are_found(tmp_path, cache):
     lines = "\n".join(WRONG)
     (tmp_path / "wrong.py").write_text(f"import sdblk\nblock = next(sdblk.open('a'))\n{lines}\n")
-    said = mypy("wrong.py", cwd=tmp_path).stdout.splitlines()
+    said = mypy("wrong.py", cwd=tmp_path, cache=cache).stdout.splitlines()
     for number, text in enumerate(WRONG.values(), start=3):
         assert any(line.startswith(f"wrong.py:{number}:") and text in line for line in said), text
 
