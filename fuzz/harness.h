@@ -4,6 +4,7 @@
 #ifndef FUZZ_HARNESS_H_
 #define FUZZ_HARNESS_H_
 
+#include <cstdint>
 #include <string_view>
 
 namespace fuzz {
@@ -23,8 +24,14 @@ inline void require(bool holds, const char *promise) {
 
 // Reads a volume to its end: decodes and lists every block, summarises it, feeds it to the station
 // buffer, copies it and releases all.  The same bytes are read again in another way now and then.
+// Then it is read whole and its views are written, as the next two functions do.
 // Returns the number of blocks.
 long exercise_volume(std::string_view bytes);
+// Reads a volume whole, and requires that records and skips tile it, that the work is in proportion,
+// and that a sound volume reads as it does strictly.
+void exercise_whole(std::string_view bytes, std::int32_t record_length);
+// Writes each view of a volume, and requires of every line that it is JSON in UTF-8.
+void exercise_views(std::string_view bytes, std::int32_t record_length);
 // Two bytes choose a blockette type, the others are its fields.
 void exercise_control(std::string_view bytes);
 // One data record; its first eight bytes are made a header.

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "seed/sdblk.h"
+#include "tests/cmd/hostile_volumes.h"
 #include "tests/util/volume_writer.h"
 
 namespace {
@@ -223,13 +224,30 @@ std::string telemetry_volume() {
   return out.bytes();
 }
 
+// What strict reading stops at: garbage, numbers that do not run, a blockette that is cut, a code
+// that is defined again, blank and unreadable numbers, records that state nothing.
+std::string damaged_volume() {
+  VolumeWriter out(kShort);
+  out.control('A', {ControlBlockette(34).digits(1, 3).var("M").var(""),
+                    ControlBlockette(34).digits(1, 3).var("S").var(""),
+                    ControlBlockette(34).raw("  x").var("S").var("")});
+  out.new_record().sequence(7);
+  out.control('S', channel("BHZ").text_with_length(900));
+  std::string bytes = out.bytes() + "garbage";
+  bytes += record(ByteOrder::kBig).b1000(3, 1, 8).bytes(kShort, 42) + std::string(64, ' ');
+  bytes += record(ByteOrder::kBig).bytes(128, 41) + record(ByteOrder::kLittle).bytes(128, 1);
+  return bytes + record(ByteOrder::kBig).b1000(3, 1, 9).b100(20).bytes(100, 2);
+}
+
 std::vector<std::string> volumes() {
   return {small_volume(),
           station_volume(kShort, 8),
           station_volume(4096, 12),
           data_volume(ByteOrder::kBig),
           data_volume(ByteOrder::kLittle),
-          telemetry_volume()};
+          telemetry_volume(),
+          damaged_volume(),
+          hostile::far_chains(200)};
 }
 
 // ---- pieces of volumes ----

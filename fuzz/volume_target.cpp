@@ -122,6 +122,9 @@ long exercise_volume(std::string_view bytes) {
   if (way.read_file && bytes.size() >= kSmallestFile) {
     require(read_as_file(bytes, way) == reading, "a file and a buffer list the same");
   }
+  const std::string_view exact(image.get(), bytes.size());
+  exercise_whole(exact, way.logical_length);
+  exercise_views(exact, way.logical_length);
   return reading.blocks;
 }
 

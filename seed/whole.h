@@ -119,6 +119,8 @@ typedef struct SDBlkWholeCounts {
   int64_t sequence_breaks;        /* records whose number is not one above that before */
   int64_t padding_bytes;          /* in skips of cause padding */
   int64_t skipped_bytes;          /* in all other skips */
+  int64_t record_bytes;           /* in records: with those in skips of causes padding and garbage,
+                                     all that was read */
   int64_t first_record_length;    /* bytes; 0 before the first record */
   int64_t findings[SDBLK_CAUSES]; /* by cause */
 } SDBlkWholeCounts;

@@ -12,6 +12,7 @@ constexpr std::size_t kFlushBytes = std::size_t{64} << 10;
 }  // namespace
 
 void TextBuffer::put(std::string_view text) {
+  if (text.empty()) return;  // and perhaps without a place
   char *out = reserve(text.size());
   std::memcpy(out, text.data(), text.size());
   out_ = out + text.size();

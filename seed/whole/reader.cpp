@@ -88,6 +88,7 @@ void enter_record(SDBlkVol *vol, Header kind) {
   SDBlkWholeCounts &counts = whole->counts;
   if (breaks_sequence(*whole, number)) ++counts.sequence_breaks;
   if (counts.records++ == 0) counts.first_record_length = measure.length;
+  counts.record_bytes += measure.length;
   whole->record = {offset, measure.length, number, header[6]};
   whole->pos = kind == Header::control ? kHeaderBytes : 0;
   whole->next = offset + measure.length;

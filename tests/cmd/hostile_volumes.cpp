@@ -60,6 +60,26 @@ std::string longest_chains(int count) {
   return out.bytes();
 }
 
+std::string far_chains(int count) {
+  constexpr unsigned kSecondOffset = kFirstOffset + 4;
+  const std::string fixed = record().bytes(kStep);
+  std::string image;
+  image.reserve(static_cast<std::size_t>(count) * kStep);
+  for (unsigned n = 0; n < static_cast<unsigned>(count); ++n) {
+    // A blockette says its own place in the volume, or the place one record further on, and a
+    // reader takes it from its record's start.  So the steps of the n-th record's chain are n or
+    // n + 1 records long, and the odd one comes back only after 1024 of them.
+    const unsigned start = n * kStep;
+    image += fixed;
+    put(&image, start, std::to_string(100000 + n));
+    put(&image, start + 46, u16(n % 2 == 0 ? kFirstOffset : kSecondOffset));
+    put(&image, start + kFirstOffset,
+        u16(1) + u16((start + kFirstOffset + kStep) % 65536) + u16(1) +
+            u16((start + kSecondOffset) % 65536));
+  }
+  return image;
+}
+
 std::string overlapping_records(int count) {
   constexpr unsigned kSteps = 64;
   VolumeWriter out(std::size_t{kSteps} * kStep);

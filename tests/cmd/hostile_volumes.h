@@ -17,6 +17,9 @@ std::string overlapping_records(int count);
 // The same with chains of opaque blockettes, each of which takes the rest of the record as its
 // texts; records of so many times 64 bytes.
 std::string overlapping_texts(int count, unsigned steps = 64);
+// Data records of 64 bytes, so many that each has a chain of up to 1024 blockettes which lie in the
+// records after it: its length is looked for along the chain.
+std::string far_chains(int count);
 // Dictionary blockettes that promise 9999 coefficients and hold one byte.
 std::string broken_promises(int count);
 // Control records of 64 bytes, none followed by the next number, so that each reaches to the end of

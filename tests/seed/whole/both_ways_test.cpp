@@ -1,99 +1,28 @@
 // A sound volume gives the same blocks with the same fields in both ways of reading.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "seed/whole.h"
+#include "tests/util/block_text.h"
 #include "tests/util/log_capture.h"
 #include "tests/util/volume_writer.h"
 
 namespace {
 
+using block_text::place_of;
+using block_text::text_of;
 using volume::ByteOrder;
 using volume::ControlBlockette;
 using volume::DataRecord;
 using volume::VolumeWriter;
-
-// ---- one value, field or block as text ----
-
-std::string text_of(double value) {
-  std::array<char, 64> text;
-  std::snprintf(text.data(), text.size(), "%.17g", value);
-  return text.data();
-}
-
-// Groups that strict reading counts by another field, which their blockettes do not have.
-bool is_counted_otherwise(std::string_view key) {
-  return key == "corners" || key == "histories" || key == "segs";
-}
-
-void add_fields(const Arr *contents, const SDBlkFieldDef *fields, std::int32_t nfields,
-                std::string *out);
-
-void add_value(const SDBlkEntry &entry, std::int32_t i, std::string *out) {
-  switch (entry.def->kind) {
-    case SDBLK_INT:
-    case SDBLK_ABBR_KEY: *out += std::to_string(entry.value.i); break;
-    case SDBLK_DOUBLE:
-      // A number that was left blank is 0 in strict reading.
-      *out += std::isnan(entry.value.d) && !sdblk_has_value(&entry) ? "0" : text_of(entry.value.d);
-      break;
-    case SDBLK_STRING: *out += entry.value.s; break;
-    case SDBLK_INT_ARRAY: *out += std::to_string(entry.value.ia[i]); break;
-    case SDBLK_DOUBLE_ARRAY: *out += text_of(entry.value.da[i]); break;
-    case SDBLK_STRING_ARRAY: *out += entry.value.sa[i]; break;
-    case SDBLK_REF_ARRAY: *out += std::to_string(entry.value.ra[i].code); break;
-    case SDBLK_GROUP_ARRAY:
-      add_fields(entry.value.ea[i], entry.def->sub, entry.def->nsub, out);
-      break;
-    default: ADD_FAILURE() << entry.def->key;
-  }
-}
-
-void add_fields(const Arr *contents, const SDBlkFieldDef *fields, std::int32_t nfields,
-                std::string *out) {
-  for (std::int32_t position = 0; position < nfields; ++position) {
-    const SDBlkEntry *entry = sdblk_entry_at(contents, fields, position);
-    if (entry == nullptr || is_counted_otherwise(entry->def->key)) continue;
-    *out += std::string(" ") + entry->def->key + "=";
-    for (std::int32_t i = 0; i < entry->count; ++i) {
-      *out += '(';
-      add_value(*entry, i, out);
-      *out += ')';
-    }
-    if (entry->ref != nullptr) {
-      *out += "->" + std::to_string(entry->ref->blockette_type) + "@" +
-              std::to_string(entry->ref->file_offset);
-    }
-  }
-}
-
-// Where a block stands: of a data record, its record.
-std::string place_of(const SDBlk &block) {
-  return std::to_string(block.blockette_type) + "@" + std::to_string(block.file_offset) + " in " +
-         std::to_string(block.record_offset) + " " + block.record_type + " #" +
-         std::to_string(block.logical_sequence);
-}
-std::string text_of(const SDBlk &block) {
-  std::string text = place_of(block);
-  for (const SDBlk *part = &block; part != nullptr; part = part->next) {
-    if (part->blkdef == nullptr) continue;
-    text += std::string("\n ") + part->blkdef->id;
-    add_fields(part->contents, part->blkdef->fields, part->blkdef->nfields, &text);
-  }
-  if (block.data_ptr != nullptr) text += block.big_endian != 0 ? " big" : " little";
-  return text;
-}
 
 // ---- one way of reading ----
 

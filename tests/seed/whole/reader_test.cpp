@@ -336,6 +336,7 @@ TEST(ParseWhole, CountsWhatItMeets) {
   EXPECT_EQ(counts.sequence_breaks, 1);
   EXPECT_EQ(counts.padding_bytes, 5);
   EXPECT_EQ(counts.skipped_bytes, 2 + 110);  // 128 less the header and the blockette
+  EXPECT_EQ(counts.record_bytes, 3 * 128);
   EXPECT_EQ(counts.first_record_length, 128);
   EXPECT_EQ(counts.findings[SDBLK_SKIP_GARBAGE], 1);
   EXPECT_EQ(counts.findings[SDBLK_SKIP_PADDING], 1);
