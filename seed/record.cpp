@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "seed/block.h"
+#include "seed/failure.h"
 #include "seed/format.h"
 #include "seed/paging.h"
 #include "seed/scan.h"
@@ -287,10 +288,7 @@ bool only_padding_left(const SDBlkVol *vol) {
   return remaining_in_record(vol) < 3 || std::memcmp(vol->cursor, "   ", 3) == 0;
 }
 
-}  // namespace
-
-int sdblk_parseblk(SDBlkVol *vol, SDBlk **blkp) {
-  if (vol->whole != nullptr) return parse_whole(vol, blkp);
+int parse_strictly(SDBlkVol *vol, SDBlk **blkp) {
   SDBlk *assembling = nullptr;  // a blockette that runs on into the next record
   std::int32_t copied = 0;
   while (vol->offset + kHeaderBytes <= vol->image_size) {
@@ -320,4 +318,13 @@ int sdblk_parseblk(SDBlkVol *vol, SDBlk **blkp) {
     skip_record(vol);
   }
   return SDBLK_EOF;
+}
+
+}  // namespace
+
+int sdblk_parseblk(SDBlkVol *vol, SDBlk **blkp) {
+  const Attempt attempt;
+  const int result = vol->whole != nullptr ? parse_whole(vol, blkp) : parse_strictly(vol, blkp);
+  if (result < 0) attempt.keep(vol, vol->offset, vol->nblocks);
+  return result;
 }

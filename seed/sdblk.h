@@ -105,6 +105,12 @@
 extern "C" {
 #endif
 
+/* The version of this header, and that of the library that runs ("0.1.0"). */
+#define SDBLK_VERSION_MAJOR 0
+#define SDBLK_VERSION_MINOR 1
+#define SDBLK_VERSION_PATCH 0
+SDBLK_API const char *sdblk_version(void);
+
 /* Result of sdblk_parseblk at the end of the volume. */
 #define SDBLK_EOF 999999999
 /* The value of a time field that is empty; listed as NULL. */
@@ -310,6 +316,23 @@ SDBLK_API void sdblk_free_single(SDBlk *block);
 
 /* ---- Volumes --------------------------------------------------------------------------------- */
 
+/* Why a function of a volume failed. */
+enum {
+  SDBLK_NO_FAILURE = 0,
+  SDBLK_FAILURE_MEMORY = 1, /* memory ran out */
+  SDBLK_FAILURE_DAMAGED = 2 /* the volume is not as it should be; never when it is read whole */
+};
+
+/* The last failure of sdblk_parseblk or sdblk_unstuffblk of a volume. */
+typedef struct SDBlkFailure {
+  int32_t code;   /* SDBLK_NO_FAILURE ... SDBLK_FAILURE_DAMAGED */
+  int64_t offset; /* of the block that cannot be decoded, or where reading stopped: bytes from the
+                     start of the volume */
+  int64_t block;  /* the block's number, from 0; that of the next one, where none could be cut */
+  char field[24]; /* the key of the field in which decoding stopped, or "" */
+  char text[256]; /* the message that says why, without its line end; cut where it is longer */
+} SDBlkFailure;
+
 /* One open volume.  A program may read the members; only the library changes them. */
 struct SDBlkVol {
   char *filename;           /* copy of the path; NULL for a volume in a buffer */
@@ -331,7 +354,13 @@ struct SDBlkVol {
   int32_t fd;         /* descriptor of the mapped file, or -1 */
   int64_t given_back; /* bytes at the start of the mapping whose pages were given back */
   SDBlkWhole *whole;  /* whole reading (seed/whole.h), or NULL */
+  SDBlkFailure failure;
 };
+
+/* The last failure of sdblk_parseblk or sdblk_unstuffblk of a volume: a code of 0 before the first.
+ * It lives as long as the volume and stays until the next one; a fault that ends the program (see
+ * the head of this page) leaves it as it was. */
+SDBLK_API const SDBlkFailure *sdblk_failure(const SDBlkVol *vol);
 
 /* Opens a volume: the file called filename, mapped read-only, or, when filename is NULL, the nbytes
  * bytes at buffer, which must outlive the volume and are not changed.  logical_length is the
@@ -343,6 +372,10 @@ struct SDBlkVol {
  * fewer than 10 bytes; or memory ran out. */
 SDBLK_API SDBlkVol *sdblk_new(const char *filename, const char *buffer, int32_t nbytes,
                               int32_t logical_length);
+
+/* Opens size bytes in memory, of any number, as sdblk_new does up to 2 GiB; record_length is its
+ * logical_length. */
+SDBLK_API SDBlkVol *sdblk_open_buffer(const void *bytes, int64_t size, int32_t record_length);
 
 /* Releases the volume record and its dictionary, but neither the mapping and its descriptor nor the
  * abbreviation blocks in the dictionary, which stay for the life of the process.  Kept for programs

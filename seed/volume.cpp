@@ -138,6 +138,12 @@ SDBlkVol *sdblk_new(const char *filename, const char *buffer, std::int32_t nbyte
                              : open_buffer(kOpener, buffer, nbytes, logical_length);
 }
 
+SDBlkVol *sdblk_open_buffer(const void *bytes, std::int64_t size, std::int32_t record_length) {
+  errno = 0;
+  const char *buffer = size > 0 ? static_cast<const char *>(bytes) : "";
+  return open_buffer("sdblk_open_buffer", buffer, size > 0 ? size : 0, record_length);
+}
+
 void sdblk_freevol(SDBlkVol *vol) {
   if (vol == nullptr) return;
   memory_free(vol->filename);

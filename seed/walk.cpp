@@ -8,6 +8,7 @@
 #include "seed/abbreviation.h"
 #include "seed/binary.h"
 #include "seed/conversion.h"
+#include "seed/failure.h"
 #include "seed/picture.h"
 #include "seed/scan.h"
 #include "support/arr_impl.h"
@@ -362,7 +363,11 @@ int Walker::repetition(Arr **array, const FieldList &list, Arr *parent) {
     const SDBlkFieldDef &field = list.fields[i];
     SDBlkEntry *entry = &entries[i];
     set_entry(field, entry);
-    if (decode(field, list.facts_at(i, &made), entry) < 0) return -1;
+    if (decode(field, list.facts_at(i, &made), entry) < 0) {
+      // A group's own fields say which of them it is.
+      if (field.kind != SDBLK_GROUP_ARRAY) note_failed_field(field.key);
+      return -1;
+    }
     if (append) {
       arr_append_constant(array_, field.key, entry);
       continue;

@@ -34,6 +34,7 @@ struct Register {
   int count;
   int dropped;  // older texts that the newest ones have pushed out
 };
+TARVIK_THREAD_LOCAL std::int64_t registered_ever = 0;
 FirstCome<Register> registers;
 TARVIK_THREAD_LOCAL Register *registered = nullptr;
 
@@ -89,6 +90,7 @@ bool have_register() {
 }
 
 FormattedText &next_text() {
+  ++registered_ever;
   const int position = (registered->oldest + registered->count) % ELOG_REGISTER_SIZE;
   if (registered->count < ELOG_REGISTER_SIZE) {
     ++registered->count;
@@ -99,14 +101,19 @@ FormattedText &next_text() {
   return registered->texts[static_cast<std::size_t>(position)];
 }
 
+// The text at a place of the ring, counted from the oldest.
+std::string_view text_at(int index) {
+  const int position = (registered->oldest + index) % ELOG_REGISTER_SIZE;
+  return registered->texts[static_cast<std::size_t>(position)].view();
+}
+
 void write_register() {
   if (registered == nullptr) return;
   if (registered->dropped > 0) {
     elog_notify(0, "(%d earlier messages dropped)\n", registered->dropped);
   }
   for (int i = 0; i < registered->count; ++i) {
-    const int position = (registered->oldest + i) % ELOG_REGISTER_SIZE;
-    notify_whole(registered->texts[static_cast<std::size_t>(position)].view());
+    notify_whole(text_at(i));
   }
   empty_register();
 }
@@ -177,6 +184,14 @@ namespace tarvik {
 
 TARVIK_THREAD_LOCAL Stream log_stream =
     make_stream(STDERR_FILENO, &log_buffers, release_log, no_room);
+
+std::int64_t elog_registered_ever() noexcept { return registered_ever; }
+
+std::string_view elog_registered_last(std::int64_t ago) noexcept {
+  if (registered == nullptr || registered->count == 0 || ago < 1) return {};
+  const auto kept = static_cast<int>(std::min<std::int64_t>(ago, registered->count));
+  return text_at(registered->count - kept);
+}
 
 bool elog_prepare() noexcept {
   return have_register() &&
@@ -252,6 +267,14 @@ void elog_die(int flag, const char *format, ...) {
   complain(error, format, arguments);
   va_end(arguments);
   end_program();
+}
+
+const char *elog_registered(int index, std::size_t *size) {
+  *size = 0;
+  if (registered == nullptr || index < 0 || index >= registered->count) return nullptr;
+  const std::string_view text = text_at(index);
+  *size = text.size();
+  return text.data();
 }
 
 void elog_clear_register(int flag) {

@@ -40,6 +40,10 @@ SDBLK_API void elog_complain(int flag, const char *format, ...) SDBLK_PRINTF(2, 
 SDBLK_API void elog_die(int flag, const char *format, ...) SDBLK_NORETURN SDBLK_PRINTF(2, 3);
 /* Empties the register: flag 0 drops its texts, any other flag writes them. */
 SDBLK_API void elog_clear_register(int flag);
+/* A registered text, counted from 0 for the oldest, and in *size its bytes, of which the last is a
+ * line end; NULL and 0 where there is none.  No 0 byte needs to follow.  It lives until the next
+ * text is registered or the register is emptied. */
+SDBLK_API const char *elog_registered(int index, size_t *size);
 
 /* Writes the command line; elog_commandline_str returns it as text that the caller frees: the
  * arguments joined by blanks, in single quotes where a shell would need them. */

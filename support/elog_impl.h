@@ -3,6 +3,8 @@
 #define SUPPORT_ELOG_IMPL_H_
 
 #include <cstddef>
+#include <cstdint>
+#include <string_view>
 
 #include "support/elog.h"
 #include "support/stream.h"
@@ -21,6 +23,12 @@ inline void elog_commit(char *end) { stream_commit(log_stream, end); }
 // out. A thread that logs without having asked loses messages, or ends the program, where there is
 // none.
 [[nodiscard]] bool elog_prepare() noexcept;
+
+// How many texts the thread has registered since its start, dropped ones too.
+std::int64_t elog_registered_ever() noexcept;
+// The text that was registered so many ago, 1 for the last, or the oldest that is kept; it lives
+// until the next one is registered.
+std::string_view elog_registered_last(std::int64_t ago) noexcept;
 
 // What the thread notifies goes to a sink as long as this lives; what it complains of goes where it
 // went before.

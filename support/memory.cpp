@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "support/per_thread.h"
+
 namespace tarvik {
 
 namespace {
@@ -18,18 +20,27 @@ bool refused(std::size_t bytes) {
   return true;
 }
 
+TARVIK_THREAD_LOCAL std::int64_t refused_ever = 0;
+
+void *counted(void *memory) {
+  if (memory == nullptr) ++refused_ever;
+  return memory;
+}
+
 }  // namespace
 
+std::int64_t memory_refused_ever() noexcept { return refused_ever; }
+
 void *memory_get(std::size_t bytes) noexcept {
-  return refused(bytes) ? nullptr : std::malloc(bytes == 0 ? 1 : bytes);
+  return counted(refused(bytes) ? nullptr : std::malloc(bytes == 0 ? 1 : bytes));
 }
 
 void *memory_get_zeroed(std::size_t bytes) noexcept {
-  return refused(bytes) ? nullptr : std::calloc(1, bytes == 0 ? 1 : bytes);
+  return counted(refused(bytes) ? nullptr : std::calloc(1, bytes == 0 ? 1 : bytes));
 }
 
 void *memory_resize(void *memory, std::size_t bytes) noexcept {
-  return refused(bytes) ? nullptr : std::realloc(memory, bytes == 0 ? 1 : bytes);
+  return counted(refused(bytes) ? nullptr : std::realloc(memory, bytes == 0 ? 1 : bytes));
 }
 
 void memory_free(void *memory) noexcept { std::free(memory); }

@@ -4,6 +4,7 @@
 #define SUPPORT_MEMORY_H_
 
 #include <cstddef>
+#include <cstdint>
 
 namespace tarvik {
 
@@ -14,6 +15,9 @@ void *memory_resize(void *memory, std::size_t bytes) noexcept;
 void memory_free(void *memory) noexcept;
 // A copy of size bytes with a 0 byte after them.
 char *memory_copy_text(const char *text, std::size_t size) noexcept;
+
+// How many allocations of the thread have failed since its start.
+std::int64_t memory_refused_ever() noexcept;
 
 // Asked before every allocation of a size; false makes it fail.  nullptr lets all pass.
 using MemoryGate = bool (*)(std::size_t bytes);

@@ -11,6 +11,7 @@
 #include "seed/block.h"
 #include "seed/conversion.h"
 #include "seed/facts.h"
+#include "seed/failure.h"
 #include "seed/layout.h"
 #include "seed/picture.h"
 #include "seed/scan.h"
@@ -219,6 +220,7 @@ void Decoder::note_value(const SDBlkFieldDef &field, const char *what,
 bool Decoder::no_memory(const SDBlkFieldDef &field) const {
   elog_log(1, "sdblk_unstuffblk: no memory for field %s of B%4.4d at %c:%6.6d\n", field.key,
            of_.block->blockette_type, of_.block->record_type, of_.block->logical_sequence);
+  note_failed_field(field.key);
   return false;
 }
 
