@@ -27,7 +27,7 @@ install(
 
 # The public headers: what sdblk.h includes, getv.h for C++, and what a program needs beside them.
 # They keep their folders, as the sources include them by full path.
-set(headers_seed seed/getv.h seed/sdblk.h seed/whole.h)
+set(headers_seed seed/getv.h seed/sdblk.h seed/sdblk.hpp seed/whole.h)
 set(headers_support
     support/announce.h
     support/api.h
@@ -48,7 +48,7 @@ install(FILES man/sdblk.3 DESTINATION "${CMAKE_INSTALL_MANDIR}/man3" COMPONENT d
 install(FILES docs/decisions.md docs/format.md docs/listing.md DESTINATION "${CMAKE_INSTALL_DOCDIR}"
         COMPONENT command
 )
-install(FILES examples/CMakeLists.txt examples/channels.cpp examples/stations.c
+install(FILES examples/CMakeLists.txt examples/channels.cpp examples/inspect.cpp examples/stations.c
         DESTINATION "${TARVIK_EXAMPLES_DIR}" COMPONENT dev
 )
 install(FILES completions/tarvik.bash DESTINATION "${TARVIK_BASH_COMPLETION_DIR}"

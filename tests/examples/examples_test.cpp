@@ -42,9 +42,13 @@ Outcome run(const std::string &command_line) {
 Outcome stations(const std::string &arguments) { return run("'" TARVIK_STATIONS "' " + arguments); }
 Outcome channels(const std::string &arguments) { return run("'" TARVIK_CHANNELS "' " + arguments); }
 
+Outcome inspect(const std::string &arguments) { return run("'" TARVIK_INSPECT "' " + arguments); }
+
 // A volume in a file, as long as it lives.
 class VolumeFile {
  public:
+  explicit VolumeFile(const std::string &bytes)
+      : VolumeFile(VolumeWriter(4096).raw_record(bytes)) {}
   explicit VolumeFile(const VolumeWriter &volume) {
     const int fd = mkstemp(path_.data());
     if (fd >= 0) close(fd);
@@ -65,6 +69,11 @@ ControlBlockette unit() { return ControlBlockette(34).digits(1, 3).var("M").var(
 DataRecord record(const std::string &chan, const volume::Time &time) {
   DataRecord made{.sta = "ABC", .loc = "10", .chan = chan, .net = "YZ", .time = time};
   return made.samples32({1, 2, 3}).b1000(3, 1, 9);
+}
+
+// A record of 128 bytes that says so.
+std::string record_of(long number) {
+  return DataRecord{.sta = "ABC"}.b1000(3, 1, 7).bytes(128, number);
 }
 
 TEST(StationsExample, ListsTheSampleVolume) {
@@ -176,6 +185,44 @@ TEST(ChannelsExample, SaysHowItIsUsed) {
   const Outcome outcome = channels("2>&1");
   EXPECT_EQ(outcome.text, "usage: channels FILE [LENGTH]\n");
   EXPECT_EQ(outcome.status, 1);
+}
+
+TEST(InspectExample, AccountsForEachByte) {
+  const std::string record = record_of(42);
+  const VolumeFile file("garbage" + record + record + "  ");
+  const Outcome outcome = inspect(file.quoted());
+  EXPECT_EQ(outcome.text,
+            "         0  garbage, 7 bytes: no record header begins here\n"
+            "         7  D record of 128 bytes, block 0, Fixed Section of Data Header\n"
+            "        55    Data Only SEED Blockette\n"
+            "       135  D record of 128 bytes, block 1, Fixed Section of Data Header\n"
+            "       183    Data Only SEED Blockette\n"
+            "       263  padding, 2 bytes: padding between records\n"
+            "265 bytes: 256 in 2 records, 9 between them\n");
+  EXPECT_EQ(outcome.status, 0);
+}
+
+TEST(InspectExample, TellsWhatCannotBeTakenAtItsWord) {
+  VolumeWriter writer(64);
+  writer.control('S', ControlBlockette(50).fixed("ABC", 5).raw("not number"));
+  const VolumeFile file(writer);
+  EXPECT_EQ(inspect(file.quoted()).text,
+            "         0  unconfirmed: nothing confirms that the record has 64 bytes\n"
+            "         8  value: lat is not a number: 'not number'\n"
+            "         0  S record of 64 bytes, block 0, Station Identifier Blockette\n"
+            "64 bytes: 64 in 1 records, 0 between them\n");
+}
+
+TEST(InspectExample, ReadsTheSampleWithoutAFinding) {
+  const Outcome outcome = inspect(std::string(kDemo) + " | grep -c ': '");
+  EXPECT_EQ(outcome.text, "1\n");  // the last line
+  EXPECT_EQ(inspect(std::string(kDemo) + " >/dev/null").status, 0);
+}
+
+TEST(InspectExample, SaysHowItIsUsedAndWhatItCannotOpen) {
+  EXPECT_EQ(inspect("2>&1").text, "usage: inspect FILE\n");
+  EXPECT_EQ(inspect("/no/such 2>&1").text, "inspect: sdblk_open_whole: stat(/no/such) error.\n");
+  EXPECT_EQ(inspect("/no/such" + std::string(kQuiet)).status, 1);
 }
 
 }  // namespace
