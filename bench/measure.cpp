@@ -119,18 +119,20 @@ double Table::cpu_seconds_of(const std::string &name) const {
 }
 
 void Table::print() {
-  std::puts("| run | seconds | of | ratio | target | per second | resident | anonymous |");
-  std::puts("|---|---:|---|---:|---:|---:|---:|---:|");
+  std::puts(
+      "| run | seconds | CPU seconds | of | ratio | target | per second | resident | anonymous |");
+  std::puts("|---|---:|---:|---|---:|---:|---:|---:|---:|");
   for (const Row &row : rows_) print_row(row);
 }
 
 void Table::print_row(const Row &row) {
   if (row.command.arguments.empty()) {
-    std::printf("| %s | | %s | | | | | |\n", row.name.c_str(), joined(row.yardsticks).c_str());
+    std::printf("| %s | | | %s | | | | | |\n", row.name.c_str(), joined(row.yardsticks).c_str());
     return;
   }
   const double seconds = seconds_of(row.name);
-  std::printf("| %s | %.4f | %s |", row.name.c_str(), seconds, joined(row.yardsticks).c_str());
+  std::printf("| %s | %.4f | %.4f | %s |", row.name.c_str(), seconds, cpu_seconds_of(row.name),
+              joined(row.yardsticks).c_str());
   if (row.yardsticks.empty()) {
     std::printf(" | |");
   } else {

@@ -145,7 +145,7 @@ char *put_real(char *out, double value) {
 }
 
 // The same numbers come again and again: the channels of one make have the same response.  So the
-// text of a number is kept until another one takes its place.
+// text of a number is kept until others take its place.
 struct RealText {
   double value;  // 0, which is never asked for, where nothing is kept
   std::uint8_t size;
@@ -163,12 +163,13 @@ struct RealText {
   }
 };
 
-constexpr int kRealTextBits = 12;
+// The texts of two numbers of one hash, the later one first.
+using RealTexts = std::array<RealText, 2>;
+constexpr int kRealTextBits = 11;
 
-// Where the text of a number is kept, if it is.
-RealText &text_of(double value) {
+RealTexts &texts_of(double value) {
   static thread_local const auto texts =
-      std::make_unique<RealText[]>(std::size_t{1} << kRealTextBits);
+      std::make_unique<RealTexts[]>(std::size_t{1} << kRealTextBits);
   constexpr std::uint64_t kSpread = 0x9E3779B97F4A7C15;
   return texts[std::bit_cast<std::uint64_t>(value) * kSpread >> (64 - kRealTextBits)];
 }
@@ -314,10 +315,12 @@ ShortDecimal short_decimal(double value) {
 
 char *put_json_real(char *out, double value) {
   if (value == 0.0) return put_text(out, std::signbit(value) ? "-0" : "0");
-  RealText &text = text_of(value);
-  if (text.value == value) return text.put(out);
+  auto &[later, earlier] = texts_of(value);
+  if (later.value == value) return later.put(out);
+  if (earlier.value == value) return earlier.put(out);
   char *end = put_real(out, value);
-  text.keep(value, {out, static_cast<std::size_t>(end - out)});
+  earlier = later;
+  later.keep(value, {out, static_cast<std::size_t>(end - out)});
   return end;
 }
 
