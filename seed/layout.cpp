@@ -1,7 +1,6 @@
 #include "seed/layout.h"
 
 #include <array>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -11,7 +10,6 @@
 #include "seed/blkdefs/data.h"
 #include "seed/conversion.h"
 #include "seed/scan.h"
-#include "support/digits.h"
 #include "support/line.h"
 
 namespace tarvik {
@@ -59,37 +57,6 @@ consteval std::int32_t time_field(const SDBlkFieldDef *fields, std::size_t count
   return found;
 }
 
-// ---- texts ----
-
-// The lowest count bytes, seven at most.
-constexpr std::uint64_t mask_of_first(std::uint32_t count) {
-  return (std::uint64_t{1} << 8 * count % 64) - 1;
-}
-
-// trimmed_field of up to seven characters, of which the first is the lowest byte of word, after
-// which all is 0.  The result is in the same form.
-inline std::uint64_t trimmed_word(std::uint64_t word) {
-  constexpr std::uint64_t kOnes = 0x0101010101010101;
-  // The lowest of the bits set here is exact: the first 0 byte's highest.
-  const std::uint64_t zeros = (word - kOnes) & ~word & (kOnes << 7);
-  auto size = static_cast<std::uint32_t>(std::countr_zero(zeros)) / 8;
-  const auto byte = [&](std::uint32_t at) { return static_cast<char>(word >> (8 * at)); };
-  while (size > 0 && is_space(byte(size - 1))) --size;
-  word &= mask_of_first(size);
-  while (is_space(byte(0))) word >>= 8;
-  return word;
-}
-
-// Keeps the text of a field; from it on the fields take kRest bytes.
-template <std::int32_t kWidth, std::int32_t kRest>
-void keep_text(const char *field, char *text) {
-  if constexpr (kWidth < 8 && kRest >= 8) {
-    store_eight(text, trimmed_word(load_eight(field) & mask_of_first(kWidth)));
-  } else {
-    *put_text(text, trimmed_field({field, static_cast<std::size_t>(kWidth)})) = '\0';
-  }
-}
-
 // ---- fields ----
 
 template <Conversion kConversion, bool kBigEndian>
@@ -129,9 +96,9 @@ void unpack_field(const char *record, Decoded<kFields> *decoded) {
   entry->pooled = 1;
   entry->definition = 0;
   if constexpr (kConversion == Conversion::text) {
-    constexpr std::int32_t kRest = Decoded<kFields>::kAll.bytes - kBefore.bytes;
     entry->value.s = decoded->texts.data() + kBefore.text_room;
-    keep_text<kField.width, kRest>(bytes, entry->value.s);
+    *put_text(entry->value.s, trimmed_field({bytes, static_cast<std::size_t>(kField.width)})) =
+        '\0';
   } else if constexpr (kConversion == Conversion::btime) {
     entry->value.d = binary_time_at(bytes, kBigEndian);
   } else if constexpr (kConversion == Conversion::ieee_float) {

@@ -17,10 +17,10 @@ namespace tarvik {
 struct Layout {
   const SDBlkFieldDef *fields;
   std::int32_t nfields;
-  std::int32_t bytes;       // that the fields take in the record
-  std::size_t memory;       // bytes that they take decoded: an ArrPair each, then all else
-  std::int32_t time_field;  // position of the binary time among the fields, or -1
-  std::int32_t time_place;  // offset of its bytes in the record
+  std::int32_t bytes;        // that the fields take in the record
+  std::size_t memory;        // bytes that they take decoded: an ArrPair each, then all else
+  std::int32_t time_field;   // position of the binary time among the fields, or -1
+  std::int32_t time_offset;  // offset of its bytes in the record
   // Decodes the fields into that memory.
   void (*unpack_big)(const char *record, void *memory);
   void (*unpack_little)(const char *record, void *memory);
@@ -34,8 +34,8 @@ const Layout *find_layout(const SDBlkDef &def);
 [[nodiscard]] bool unpack_layout(const Layout &layout, Arr *array, const char *bytes,
                                  bool big_endian);
 
-// Decodes the fields of a definition from the feed: by their places where they have
-// some and all bytes are there, else one after the other.  0, or -1 with messages registered.
+// Decodes the fields of a definition from the feed: by their places where they have some and all
+// bytes are there, else one after the other.  0, or -1 with messages registered.
 int unpack_fields(Arr **contents, Feed feed, const WalkContext &context, const SDBlkDef &def);
 
 }  // namespace tarvik

@@ -13,14 +13,14 @@ namespace tarvik::picture {
 
 // Whether a character can stand for the sign of a number.  Signs follow no pattern, so nothing
 // branches on them.
-constexpr bool is_sign(char c) {
+constexpr bool may_be_sign(char c) {
   constexpr std::uint64_t kSigns = 1U << (' ' - ' ') | 1U << ('+' - ' ') | 1U << ('-' - ' ');
-  const auto place = static_cast<unsigned char>(c - ' ');
-  return place < 32 && (kSigns >> place & 1) != 0;
+  const auto bit = static_cast<unsigned char>(c - ' ');
+  return bit < 32 && (kSigns >> bit & 1) != 0;
 }
 
 // The power of ten of an exponent "E-##" or "E+##"; one out of all range for any other text.
-inline int read_exponent(const char *text) {
+inline int read_power(const char *text) {
   constexpr int kNone = 1000;
   const auto tens = static_cast<unsigned char>(text[2] - '0');
   const auto ones = static_cast<unsigned char>(text[3] - '0');
@@ -41,8 +41,8 @@ bool read(const char *text, double *value) {
                                                                           << 8 * (7 - kDecimals);
   std::uint64_t mantissa = 0;
   if (!read_eight_digits(digits, &mantissa) || digit[1] != '.') return false;
-  if (kSign == 1 && !is_sign(*text)) return false;
-  const int power = read_exponent(digit + 2 + kDecimals) - kDecimals;
+  if (kSign == 1 && !may_be_sign(*text)) return false;
+  const int power = read_power(digit + 2 + kDecimals) - kDecimals;
   if (power < -kMostPowers || power > kMostPowers) return false;
   const auto exact = static_cast<double>(static_cast<std::int64_t>(mantissa));
   const double size = power < 0 ? exact / kExactPowers[static_cast<std::size_t>(-power)]

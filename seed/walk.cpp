@@ -20,8 +20,6 @@ namespace tarvik {
 
 namespace {
 
-constexpr std::int32_t kShortField = 128;  // characters of the widest text field
-
 // The numbers of one repetition.
 using Numbers = std::array<double, kMostNumbers>;
 
@@ -110,13 +108,9 @@ char *Walker::keep_text(std::string_view text) {
   return kept;
 }
 
-// A whole field is read where it stands; of one that is cut short, the missing bytes are zero.
+// Of a field that is cut short, the missing bytes are zero.
 template <std::size_t Size, typename Load>
 auto Walker::binary(const SDBlkFieldDef &field, Load load) {
-  if (field.stype == 'B' && field.width == Size &&
-      feed_.remaining >= static_cast<std::int32_t>(Size)) [[likely]] {
-    return load(take(static_cast<std::int32_t>(Size)));
-  }
   const std::string_view text = extract(field, &feed_).substr(0, Size);
   std::array<char, Size> padded = {};
   std::copy(text.begin(), text.end(), padded.begin());
@@ -129,13 +123,7 @@ void Walker::refer(const SDBlkFieldDef &field, SDBlkEntry *entry) {
 }
 
 int Walker::decode_text(const SDBlkFieldDef &field, SDBlkEntry *entry) {
-  std::string_view text;
-  if (field.stype == 'A' && field.width > 0 && field.width <= kShortField &&
-      feed_.remaining >= field.width) [[likely]] {
-    text = trimmed_field({take(field.width), static_cast<std::size_t>(field.width)});
-  } else {
-    text = extract(field, &feed_);
-  }
+  std::string_view text = extract(field, &feed_);
   if (field.stype == 'B') text = until_zero(text);
   entry->value.s = keep_text(text);
   if (entry->value.s != nullptr) return 0;

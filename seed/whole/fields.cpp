@@ -522,7 +522,7 @@ bool no_memory_for(const SDBlk &block) {
 // Takes the value from the time of a block that was decoded by its layout where it is none.
 void check_time(const FieldsOf &of, const Layout &layout, const char *bytes) {
   if (layout.time_field < 0) return;
-  const char *time = bytes + layout.time_place;
+  const char *time = bytes + layout.time_offset;
   if (is_whole_binary_time(time, of.block->big_endian != 0)) return;
   const auto field = static_cast<std::uint32_t>(layout.time_field);
   auto *entry = static_cast<SDBlkEntry *>(of.block->contents->pairs[field].value);

@@ -13,7 +13,7 @@ constexpr std::int64_t kShortest = 64;
 constexpr std::int64_t kLongest = 131072;
 constexpr std::int32_t kLeastExponent = 6;
 constexpr std::int32_t kMostExponent = 17;
-constexpr std::int64_t kExponentInDataOnly = 6;  // place of "dlenp" in a blockette 1000
+constexpr std::int64_t kExponentInDataOnly = 6;  // offset of "dlenp" in a blockette 1000
 
 std::int64_t power_of(std::int32_t exponent) {
   const bool fits = exponent >= kLeastExponent && exponent <= kMostExponent;
@@ -27,8 +27,8 @@ std::int64_t stated_by_data(const RecordBytes &record, Chain *chain) {
   Link link = {};
   while (chain->next(&link)) {
     if (link.type != kDataOnlyType) continue;
-    const std::int64_t place = link.offset + kExponentInDataOnly;
-    return place < record.size ? power_of(static_cast<unsigned char>(record.bytes[place])) : 0;
+    const std::int64_t at = link.offset + kExponentInDataOnly;
+    return at < record.size ? power_of(static_cast<unsigned char>(record.bytes[at])) : 0;
   }
   return 0;
 }
