@@ -16,7 +16,7 @@ set(layers support seed cmd views sdblk python tests bench samples fuzz examples
 
 # Headers made by the build, and the one folder whose files see no more of seed than its public part.
 set(generated build_id.h build_contact.h)
-set(blkdefs_may_include seed/sdblk.h seed/conversion.h seed/line_format.h)
+set(blkdefs_may_include seed/sdblk.h seed/conversion.h seed/facts.h seed/format.h seed/line_format.h)
 
 set(faults "")
 foreach(layer IN ITEMS support seed cmd views sdblk python examples)
