@@ -40,6 +40,16 @@ TEST(TextBuffer, TakesATextLargerThanItself) {
   EXPECT_EQ(buffer.text(), "a" + large);
 }
 
+TEST(TextBuffer, PutOfATextWithoutBytesIsNothing) {
+  TextBuffer buffer;
+  buffer.put(std::string_view());
+  EXPECT_EQ(buffer.text(), "");
+  const TextBuffer nothing;
+  buffer.put("a");
+  buffer.put(nothing.text());
+  EXPECT_EQ(buffer.text(), "a");
+}
+
 TEST(TextBuffer, CommitSaysHowMuchOfTheRoomWasUsed) {
   TextBuffer buffer;
   char *out = buffer.reserve(100);
