@@ -78,7 +78,7 @@ def data(
         0,
         len(blockettes),
         correction,
-        length // 2,
+        min(length // 2, 65535),
         places[0] if places else 0,
     )
     chain = b"".join(

@@ -386,7 +386,7 @@ def test_lack_of_memory_is_an_error(tmp_path):
     path = tmp_path / "vol.mseed"
     # Records so long that memory runs out for one of them, and not for a small object of Python.
     record = data(1, blockettes=[data_only(131072)], length=131072)
-    path.write_bytes(record * 500)
+    path.write_bytes(record * 300)
     done = subprocess.run(
         [sys.executable, "-c", NO_MEMORY, path], stderr=subprocess.PIPE, text=True, check=False
     )
