@@ -2,14 +2,16 @@
 """Holds the StationXML that the command sdblk writes against its schema, and against the lines of stations.
 
     check_stationxml.py valid SDBLK PATH...   what comes of each file is valid
+    check_stationxml.py damaged SDBLK FILE    so is what comes of damaged copies of a volume
     check_stationxml.py same SDBLK PATH...    it holds every number, time and text that the lines of
                                               stations have a place for in it, where nothing was lost
 
 PATH is a file or a folder.  Without one, the folder that TARVIK_TEST_VOLUMES names is read.  Ends with
-77 where that is not set, or, for valid, where TARVIK_STATIONXML_SCHEMA names no schema."""
+77 where that is not set, or, but for same, where TARVIK_STATIONXML_SCHEMA names no schema."""
 
 import json
 import os
+import random
 import subprocess
 import sys
 import tempfile
@@ -27,6 +29,7 @@ TYPES = {
     "Polynomial": {"M": "MACLAURIN"},
 }
 MOST_BLOCKETTES = 1000
+COPIES = 120
 
 
 def run(sdblk, *arguments):
@@ -306,6 +309,35 @@ def valid(sdblk, path, schema):
     return True
 
 
+def damage(content, chance):
+    """Puts other bytes in some places of the control headers."""
+    changed = bytearray(content)
+    for _ in range(chance.randint(1, 40)):
+        place = chance.randrange(len(changed))
+        kind = chance.randrange(3)
+        if kind == 0:
+            changed[place] = chance.randrange(256)
+        elif kind == 1:
+            changed[place] = chance.choice(b"0123456789 +-.~")
+        else:
+            size = chance.randint(1, 12)
+            changed[place : place + size] = b" " * len(changed[place : place + size])
+    return bytes(changed)
+
+
+def valid_damaged(sdblk, path, schema):
+    """How many damaged copies gave a document."""
+    content = Path(path).read_bytes()
+    chance = random.Random(COPIES)
+    checked = 0
+    with tempfile.TemporaryDirectory() as folder:
+        for number in range(COPIES):
+            copy = Path(folder, str(number))
+            copy.write_bytes(damage(content, chance))
+            checked += bool(valid(sdblk, copy, schema))
+    return checked
+
+
 def files_of(paths):
     for path in map(Path, paths):
         yield from sorted(p for p in path.rglob("*") if p.is_file()) if path.is_dir() else [path]
@@ -315,11 +347,14 @@ def main():
     check, sdblk, *paths = sys.argv[1:]
     schema = os.environ.get("TARVIK_STATIONXML_SCHEMA")
     folder = os.environ.get("TARVIK_TEST_VOLUMES")
-    if (check == "valid" and not schema) or not (paths or folder):
+    if (check != "same" and not schema) or not (paths or folder):
         sys.exit(SKIPPED)
     checked = 0
     for path in files_of(paths or [folder]):
-        checked += bool(valid(sdblk, path, schema) if check == "valid" else same(sdblk, path))
+        if check == "damaged":
+            checked += valid_damaged(sdblk, path, schema)
+        else:
+            checked += bool(valid(sdblk, path, schema) if check == "valid" else same(sdblk, path))
     print(f"{checked} documents")
     assert checked > 0
 
