@@ -6,7 +6,7 @@ _sdblk() {
   COMPREPLY=()
 
   if ((COMP_CWORD == 1)); then
-    local words='blocks volumes stations segments'
+    local words='blocks volumes stations segments stationxml'
     [[ $current == -* ]] && words='--help --version'
     mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
     return
@@ -17,6 +17,10 @@ _sdblk() {
     volumes) options+=' --csv --known' ;;
     stations) options+=' --csv --accept --reject --from --to' ;;
     segments) options+=' --csv' ;;
+    stationxml)
+      options='--files-from -0 -o --record-length --help --version'
+      options+=' --accept --reject --from --to --level --strict'
+      ;;
     *) return ;;
   esac
 
@@ -25,6 +29,7 @@ _sdblk() {
     --record-length)
       mapfile -t COMPREPLY < <(compgen -W '64 128 256 512 1024 2048 4096 8192 16384 32768 65536 131072' -- "$current")
       ;;
+    --level) mapfile -t COMPREPLY < <(compgen -W 'network station channel response' -- "$current") ;;
     --types) _sdblk_types "$current" ;;
     --blockettes | --accept | --reject | --from | --to) ;;
     *)

@@ -98,8 +98,11 @@ test_tarvik() {
 }
 
 test_sdblk() {
-  offers 'blocks,segments,stations,volumes' ''
-  offers 'segments,stations' s
+  offers 'blocks,segments,stations,stationxml,volumes' ''
+  offers 'segments,stations,stationxml' s
+  offers 'channel,network,response,station' stationxml --level ''
+  offers '' stationxml -j
+  offers '--strict' stationxml --s
   offers '--help,--version' --
   offers '--raw,--record-length' blocks --r
   offers '--record-length' volumes --r
