@@ -179,12 +179,12 @@ char *put_value(char *out, double value, const double *error) {
   return put_xml_real(put_char(out, '>'), value);
 }
 
-// Writes the elements of one field's repetitions, each as lines of its own.
+// Writes the elements of one field's repetitions, each on lines of its own.
 class Elements {
  public:
   Elements(const XmlValues &values, const Repeated &repeated, const XmlPath &path)
-      : values_(values), repeated_(repeated), path_(path), lines_(values.xml().lines()) {
-    const std::string indent(values.xml().depth(), ' ');
+      : values_(values), repeated_(repeated), path_(path), text_(values.xml().elements()) {
+    const std::string indent(values.xml().indent());
     outer_ = tags(indent, repeated.element);
     nested_ = !repeated.parts.empty() && repeated.parts.front().element != nullptr;
     room_ = outer_.size() + kIntegerRoom + kValueRoom + 16;
@@ -214,7 +214,7 @@ class Elements {
   };
 
   static Tags tags(const std::string &indent, const char *element) {
-    return {indent + '<' + element, std::string("</") + element + ">\n"};
+    return {indent + '<' + element, std::string("</") + element + ">"};
   }
   // An element of which a part cannot be written is left out.
   void lose(const SDBlk &block, const Part &part) const {
@@ -226,16 +226,16 @@ class Elements {
   const Part *put_element(double value) {
     static constexpr Part kItself = {0, kNoError, nullptr, kAny};
     if (std::isnan(value)) return &kItself;
-    char *out = put_text(lines_->reserve(room_), outer_.open);
-    lines_->commit(put_text(put_value(out, value, nullptr), outer_.close));
+    char *out = put_text(text_->reserve(room_), outer_.open);
+    text_->commit(put_text(put_value(out, value, nullptr), outer_.close));
     return nullptr;
   }
   const Part *put_repetition(const Arr *repetition) {
-    char *out = put_text(lines_->reserve(room_), outer_.open);
+    char *out = put_text(text_->reserve(room_), outer_.open);
     if (repeated_.is_numbered) {
       out = put_char(put_integer(put_text(out, R"( number=")"), number_), '"');
     }
-    if (nested_) out = put_text(out, ">\n");
+    if (nested_) out = put_char(out, '>');
     for (std::size_t i = 0; i < repeated_.parts.size(); ++i) {
       const Part &part = repeated_.parts[i];
       const double *value = number_at(repetition, part.value);
@@ -244,7 +244,7 @@ class Elements {
       out = put_value(put_text(out, inner_[i].open), *value, error);
       out = put_text(out, inner_[i].close);
     }
-    lines_->commit(put_text(out, outer_.close));
+    text_->commit(put_text(out, outer_.close));
     return nullptr;
   }
   [[nodiscard]] const double *number_at(const Arr *repetition, std::int32_t position) const {
@@ -255,7 +255,7 @@ class Elements {
   const XmlValues &values_;
   const Repeated &repeated_;
   XmlPath path_;
-  TextBuffer *lines_;
+  TextBuffer *text_;
   Tags outer_;
   std::vector<Tags> inner_;
   bool nested_ = false;

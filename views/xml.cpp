@@ -49,7 +49,7 @@ char *put_xml_real(char *out, double value) {
 
 void Xml::Free::operator()(xmlTextWriter *writer) const { xmlFreeTextWriter(writer); }
 
-Xml::Xml(LineSink *sink) : sink_(sink) {
+Xml::Xml(LineSink *sink) : sink_(sink), indent_("\n") {
   xmlOutputBuffer *buffer = xmlOutputBufferCreateIO(take, nullptr, &out_, nullptr);
   if (buffer == nullptr) throw std::bad_alloc();
   writer_.reset(xmlNewTextWriter(buffer));  // which owns the buffer
@@ -57,8 +57,6 @@ Xml::Xml(LineSink *sink) : sink_(sink) {
     xmlOutputBufferClose(buffer);
     throw std::bad_alloc();
   }
-  xmlTextWriterSetIndent(writer_.get(), 1);
-  xmlTextWriterSetIndentString(writer_.get(), chars(" "));
 }
 
 // No exception passes through the library.
@@ -75,40 +73,52 @@ void Xml::check(int result) {
   if (result < 0) throw std::bad_alloc();
 }
 
-void Xml::declare() {
-  check(
-      xmlTextWriterWriteRaw(writer_.get(), chars("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n")));
+// As it is.
+void Xml::put(std::string_view text) {
+  check(xmlTextWriterWriteRawLen(writer_.get(), chars(text.data()), static_cast<int>(text.size())));
 }
 
+void Xml::declare() { put(R"(<?xml version="1.0" encoding="UTF-8"?>)"); }
+
+// The library can indent, but takes a call for each blank.
 void Xml::start(const char *element) {
+  put(indent_);
   check(xmlTextWriterStartElement(writer_.get(), chars(element)));
-  ++depth_;
+  indent_.push_back(' ');
+  has_elements_ = false;
 }
 
 void Xml::attribute(const char *name, const std::string &value) {
   check(xmlTextWriterWriteAttribute(writer_.get(), chars(name), chars(value)));
 }
 
-void Xml::text(const std::string &value) {
-  check(xmlTextWriterWriteString(writer_.get(), chars(value)));
-}
-
 void Xml::end() {
+  indent_.pop_back();
+  if (has_elements_) put(indent_);
   check(xmlTextWriterEndElement(writer_.get()));
-  --depth_;
+  has_elements_ = true;
+  if (indent_.size() == 1) put("\n");
   flush_much();
 }
 
 void Xml::element(const char *name, const std::string &value) {
+  put(indent_);
   check(xmlTextWriterWriteElement(writer_.get(), chars(name), chars(value)));
+  has_elements_ = true;
 }
 
+// Digits need no care.
 void Xml::element(const char *name, double value) {
   std::array<char, kRealRoom> room;
-  element(name, std::string(room.data(), put_xml_real(room.data(), value)));
+  line_ = indent_;
+  line_.append("<").append(name).append(">");
+  line_.append(room.data(), put_xml_real(room.data(), value));
+  line_.append("</").append(name).append(">");
+  put(line_);
+  has_elements_ = true;
 }
 
-TextBuffer *Xml::lines() {
+TextBuffer *Xml::elements() {
   check(xmlTextWriterFlush(writer_.get()));
   return &out_;
 }

@@ -30,17 +30,16 @@ class Xml {
   void declare();  // first in a document
   void start(const char *element);
   void attribute(const char *name, const std::string &value);
-  void text(const std::string &value);
   void end();
   // A whole element.
   void element(const char *name, const std::string &value);
   void element(const char *name, double value);
 
-  // Where whole elements are put that are lines already, each with its indent and its end, after an
-  // element that has ended; to be used before anything else is written.
-  TextBuffer *lines();
-  // How many blanks stand before an element that is started now.
-  [[nodiscard]] std::size_t depth() const { return depth_; }
+  // Where whole elements are put that are text already, each on lines of its own that begin with
+  // indent(), after an element that has ended; to be used before anything else is written.
+  TextBuffer *elements();
+  // The line end and the blanks before an element that is started now.
+  [[nodiscard]] std::string_view indent() const { return indent_; }
 
   // Hands on what is there, where that is much.  False from the first piece on that could not be
   // written.
@@ -53,6 +52,7 @@ class Xml {
 
   static int take(void *out, const char *bytes, int size);
   static void check(int result);
+  void put(std::string_view text);
 
   struct Free {
     void operator()(_xmlTextWriter *writer) const;
@@ -61,7 +61,9 @@ class Xml {
   LineSink *sink_;
   TextBuffer out_;
   bool good_ = true;
-  std::size_t depth_ = 0;
+  std::string indent_;
+  bool has_elements_ = false;                     // the element that is open
+  std::string line_;                              // kept for its memory
   std::unique_ptr<_xmlTextWriter, Free> writer_;  // which writes into the members above
 };
 

@@ -60,7 +60,7 @@ TEST(Xml, ElementsAreIndented) {
   xml.attribute("b", "\"<&\n");
   xml.start("c");
   xml.element("d", "<>&");
-  xml.lines()->put("  <e>1</e>\n");
+  xml.elements()->put("\n  <e>1</e>");
   xml.end();
   xml.element("f", 0.5);
   xml.end();
