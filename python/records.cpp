@@ -1,7 +1,9 @@
 #include "python/records.h"
 
 #include <pybind11/numpy.h>
+#include <sys/mman.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -52,6 +54,14 @@ class Rows {
     if (count_ == capacity_) resize(capacity_ == 0 ? kFirst : 2 * capacity_);
     return &memory_.get()[count_++];
   }
+  // Makes room for so many at once, where there is that much memory.
+  void expect(std::size_t count) {
+    try {
+      resize(std::max(count, kFirst));
+    } catch (const std::bad_alloc &) {
+      // They may be fewer.
+    }
+  }
   // Gives the memory back that is not used.
   void trim() { resize(count_ == 0 ? 1 : count_); }
 
@@ -60,9 +70,22 @@ class Rows {
 
  private:
   static constexpr std::size_t kFirst = 256;
+  static constexpr std::size_t kLarge = std::size_t{4} << 20;  // bytes
   struct Free {
     void operator()(Row *rows) const { std::free(rows); }
   };
+
+  // A long table costs more in small pages than all the rest.  Where there are no large ones,
+  // nothing is lost.
+  void ask_for_large_pages() {
+#ifdef MADV_HUGEPAGE
+    constexpr std::uintptr_t kPage = 4096;
+    char *bytes = reinterpret_cast<char *>(memory_.get());
+    const std::uintptr_t skipped =
+        (kPage - reinterpret_cast<std::uintptr_t>(bytes) % kPage) % kPage;
+    static_cast<void>(madvise(bytes + skipped, capacity_ * sizeof(Row) - skipped, MADV_HUGEPAGE));
+#endif
+  }
 
   void resize(std::size_t capacity) {
     void *moved = std::realloc(memory_.get(), capacity * sizeof(Row));
@@ -70,6 +93,7 @@ class Rows {
     static_cast<void>(memory_.release());
     memory_.reset(static_cast<Row *>(moved));
     capacity_ = capacity;
+    if (capacity_ * sizeof(Row) >= kLarge) ask_for_large_pages();
   }
 
   std::unique_ptr<Row, Free> memory_;
@@ -121,7 +145,11 @@ void read_rows(const Material &material, Rows *rows) {
   SDBlk *block = nullptr;
   int result = 0;
   while ((result = sdblk_parseblk(volume.get(), &block)) >= 0 && result != SDBLK_EOF) {
-    if (owner == nullptr) owner.reset(block);
+    if (owner == nullptr) {
+      owner.reset(block);
+      // As many as there are when all blocks are records of this length.
+      rows->expect(static_cast<std::size_t>(volume.get()->image_size / block->logical_length + 1));
+    }
     SDBlkSamples samples;
     if (block->data_ptr != nullptr && sdblk_samples(block, &samples) == 0) {
       fill(*block, samples, rows->add());
