@@ -99,7 +99,8 @@ py::object get_or(Block &block, const py::object &key, py::object other) {
   return block.fields().contains(key) ? py::object(block.fields()[key]) : std::move(other);
 }
 
-void add_block(py::module_ *module) {
+// One call a member: a list, however long.
+void add_block(py::module_ *module) {  // NOLINT(readability-function-size)
   py::class_<Block, BlockPtr> block(
       *module, "Block",
       "One block of a volume: a control blockette, a data record, or a data blockette of a\n"

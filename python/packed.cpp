@@ -61,7 +61,7 @@ class Packer {
     if (number != kNotDefined) referred_->push_back(number);
   }
 
-  [[nodiscard]] bool has_value(const SDBlkEntry &entry, Form form) const;
+  [[nodiscard]] static bool has_value(const SDBlkEntry &entry, Form form);
   [[nodiscard]] std::int64_t definition_of(const SDBlkEntry &entry) const;
   [[nodiscard]] std::int64_t definition_of(const SDBlkFieldDef &def, const SDBlkAbbrRef &ref) const;
   void value(const SDBlkEntry &entry, const Plan::Field &field);
@@ -86,7 +86,7 @@ std::int64_t Packer::definition_of(const SDBlkFieldDef &def, const SDBlkAbbrRef 
   return sdblk_definition_number(vol_, sdblk_definition_of(vol_, def.abbr_key, ref.code), 0);
 }
 
-bool Packer::has_value(const SDBlkEntry &entry, Form form) const {
+bool Packer::has_value(const SDBlkEntry &entry, Form form) {
   return sdblk_has_value(&entry) && !(form == Form::time && entry.value.d == SDBLK_NO_TIME);
 }
 

@@ -6,9 +6,9 @@
 
 namespace tarvik {
 
-// Writes a line at once, for any thread.  Control characters show as "?", and the progress makes
+// Writes a text as a line at once, for any thread.  Control characters show as "?", and the progress makes
 // room.
-void say(std::string_view line);
+void say(std::string_view text);
 
 // Writes "sdblk: ", the text and a line end at once, for any thread.  On a terminal control
 // characters show as "?", and the progress makes room.

@@ -10,6 +10,12 @@
 #include <string>
 #include <thread>
 
+#if defined(__SANITIZE_ADDRESS__)
+// The signal is the guard's to take, not the sanitizer's to report.
+extern "C" const char *__asan_default_options();
+extern "C" const char *__asan_default_options() { return "handle_sigbus=0"; }
+#endif
+
 using namespace tarvik;
 
 namespace {
