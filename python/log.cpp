@@ -1,5 +1,6 @@
 #include "python/log.h"
 
+#include <exception>
 #include <new>
 #include <sstream>
 
@@ -8,6 +9,10 @@
 namespace tarvik {
 
 Log::Log() {
+  // What the runtime keeps of a thread's exceptions is allocated when it is touched first, and the
+  // process ends when there is no memory for it then.
+  const volatile int touched = std::uncaught_exceptions();
+  static_cast<void>(touched);
   if (!elog_prepare()) throw std::bad_alloc();
   elog_clear_register(0);
   elog_set_sink(keep, this);
