@@ -83,7 +83,7 @@ class DocumentRun {
     return {*document.epochs, document.level, "sdblk " SDBLK_VERSION, date};
   }
   StationXmlListener listener();
-  Status fail(std::string_view text) {
+  static Status fail(std::string_view text) {
     complain(text);
     return kFailed;
   }
