@@ -36,8 +36,9 @@ std::vector<std::int32_t> EpochIndex::by_key() const {
   std::vector<std::int32_t> positions(epochs_.size());
   std::iota(positions.begin(), positions.end(), 0);
   std::sort(positions.begin(), positions.end(), [this](std::int32_t a, std::int32_t b) {
-    const auto order = (*this)[a].key <=> (*this)[b].key;
-    return order != 0 ? order < 0 : a < b;
+    const EpochKey &first = (*this)[a].key;
+    const EpochKey &second = (*this)[b].key;
+    return first == second ? a < b : first < second;
   });
   return positions;
 }

@@ -265,7 +265,7 @@ class FirstReading {
   Epochs *epochs_;
   std::int32_t volume_;
   Roles roles_;
-  IndexedEpoch station_;  // the one that is open
+  IndexedEpoch station_ = {};  // the one that is open
   bool in_station_ = false;
   bool alone_ = false;                     // it has no channel yet
   bool wanted_ = false;                    // also without a channel

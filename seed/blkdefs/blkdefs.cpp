@@ -144,17 +144,21 @@ constexpr auto all_facts = [] {
   return facts;
 }();
 
-}  // namespace
-
-constexpr std::array<const FieldFacts *, SEED_BLKDEFS_COUNT> tarvik::catalogue_facts = [] {
-  std::array<const FieldFacts *, SEED_BLKDEFS_COUNT> first = {};
+// Where those of each definition begin.
+using FirstFacts = std::array<const FieldFacts *, SEED_BLKDEFS_COUNT>;
+constexpr FirstFacts find_first_facts() {
+  FirstFacts first = {};
   std::size_t position = 0;
   for (std::size_t i = 0; i < first.size(); ++i) {
     first[i] = &all_facts[position];
     position += count_with_groups(fields_of(seed_blkdefs[i]));
   }
   return first;
-}();
+}
+
+}  // namespace
+
+constexpr FirstFacts tarvik::catalogue_facts = find_first_facts();
 
 void tarvik::blkdefs::fill_index(std::span<const SDBlkDef> defs,
                                  std::span<const SDBlkDef *, SEED_BLKDEFS_INDEX_SIZE> slots) {
