@@ -98,8 +98,10 @@ bool FolderWalk::next(Found *found) {
     const char *entry = level.names.data() + level.entries[level.next++];
     path_ += '/';
     path_ += entry + 1;
-    const int error = static_cast<Kind>(*entry) == Kind::folder ? enter() : 0;
-    if (static_cast<Kind>(*entry) == Kind::folder && error == 0) continue;
+    // Said before the folder is entered, for a further level moves the one that the entry is of.
+    const bool is_folder = static_cast<Kind>(*entry) == Kind::folder;
+    const int error = is_folder ? enter() : 0;
+    if (is_folder && error == 0) continue;
     *found = {path_, error};
     return true;
   }
