@@ -1,5 +1,6 @@
 // A whole volume, read whole: what must hold of every input.
 #include <algorithm>
+#include <cstring>
 #include <ctime>
 #include <memory>
 #include <string>
@@ -111,37 +112,49 @@ std::int64_t bytes_of_fields(const SDBlkDef &def) {
   return bytes;
 }
 
-// Whether the fields hold a time that is only a year: strict reading makes the day before it of it.
-bool has_bare_year(const SDBlk &block, const Arr *contents, const SDBlkFieldDef *fields,
-                   std::int32_t nfields) {
+// Whether a field's text is taken by strict reading in a way of its own: one of variable length ends
+// at a NUL, and a time that is only a year becomes the day before it.
+bool is_odd_text(const SDBlk &block, const SDBlkEntry &entry, std::int32_t element) {
+  std::int64_t size = 0;
+  const char *bytes = sdblk_field_bytes(&block, &entry, element, &size);
+  const std::string_view text(bytes == nullptr ? "" : bytes, static_cast<std::size_t>(size));
+  if (text.find('\0') != std::string_view::npos) return true;
+  const bool is_time = entry.def->kind == SDBLK_DOUBLE;
+  return is_time && !text.empty() && text.find(',') == std::string_view::npos;
+}
+
+bool has_odd_text(const SDBlk &block, const Arr *contents, const SDBlkFieldDef *fields,
+                  std::int32_t nfields) {
   for (std::int32_t position = 0; position < nfields; ++position) {
     const SDBlkEntry *entry = sdblk_entry_at(contents, fields, position);
     if (entry == nullptr) continue;
-    if (entry->def->kind == SDBLK_GROUP_ARRAY) {
-      for (std::int32_t i = 0; i < entry->count; ++i) {
-        if (has_bare_year(block, entry->value.ea[i], entry->def->sub, entry->def->nsub))
-          return true;
+    for (std::int32_t i = 0; i < entry->count; ++i) {
+      if (entry->def->kind == SDBLK_GROUP_ARRAY) {
+        if (has_odd_text(block, entry->value.ea[i], entry->def->sub, entry->def->nsub)) return true;
+      } else if (entry->def->stype == 'V' && is_odd_text(block, *entry, i)) {
+        return true;
       }
-    } else if (entry->def->kind == SDBLK_DOUBLE && entry->def->stype == 'V') {
-      std::int64_t size = 0;
-      const char *bytes = sdblk_field_bytes(&block, entry, 0, &size);
-      const std::string_view text(bytes == nullptr ? "" : bytes, static_cast<std::size_t>(size));
-      if (!text.empty() && text.find(',') == std::string_view::npos) return true;
     }
   }
   return false;
 }
 
-// Whether a control blockette holds what strict reading takes in a way of its own: a NUL, where a
-// text of variable length ends for it, or a year alone.
-bool is_odd(const SDBlk &block) {
-  if (block.data_ptr != nullptr) return false;
+// Whether a blockette holds what strict reading takes in a way of its own: a NUL in one of text
+// alone, also where that stands in the chain of a data record, or an odd text.
+bool is_odd_blockette(const SDBlk &block) {
+  if (block.blkdef == nullptr) return false;
   std::int64_t size = 0;
   const char *bytes = sdblk_raw(&block, &size);
-  const std::string_view text(bytes, static_cast<std::size_t>(size));
-  if (text.find('\0') != std::string_view::npos) return true;
-  return block.blkdef != nullptr &&
-         has_bare_year(block, block.contents, block.blkdef->fields, block.blkdef->nfields);
+  const bool is_text = block.blkdef->type < SDBLK_DATA_RECORD;
+  if (is_text && std::memchr(bytes, 0, static_cast<std::size_t>(size)) != nullptr) return true;
+  return has_odd_text(block, block.contents, block.blkdef->fields, block.blkdef->nfields);
+}
+
+bool is_odd(const SDBlk &block) {
+  for (const SDBlk *blk = &block; blk != nullptr; blk = blk->next) {
+    if (is_odd_blockette(*blk)) return true;
+  }
+  return false;
 }
 
 // Whether a blockette of a record's chain ends where another begins before its fields do: strict
