@@ -49,7 +49,8 @@ std::vector<Row> rows(const Tools &tools) {
   const std::string forty = tools.folder + "/forty";
   const std::string small = tools.folder + "/small";
   const std::string many = tools.folder + "/many";
-  for (const std::string &path : {a, c}) read_afresh(path);
+  const std::string d = tools.folder + "/D.seed";
+  for (const std::string &path : {a, c, d}) read_afresh(path);
   const Command blocks_a = sdblk(tools, {"blocks"}, a);
   const Command blocks_c = sdblk(tools, {"blocks"}, c);
   const Command stations_c = sdblk(tools, {"stations"}, c);
@@ -64,6 +65,7 @@ std::vector<Row> rows(const Tools &tools) {
       {"cat of the stations, C", cat(stations_c, "C.stations.json"), {}, 0, 0},
       {"byte sum, C", {{tools.yardstick, "sum", c}}, {}, 0, 0},
       {"tarvik A", {{tools.tarvik, a}}, {}, 0, kRecordsA},
+      {"tarvik D", {{tools.tarvik, d}}, {}, 0, kRecordsA},
       {"find -printf, 100,000 files",
        {{"/usr/bin/find", many, "-printf", "%p %s %T@\\n"}},
        {},
@@ -72,6 +74,7 @@ std::vector<Row> rows(const Tools &tools) {
       {"sdblk blocks A", blocks_a, {"cat of the blocks, A"}, 4, kRecordsA},
       {"sdblk blocks C", blocks_c, {"cat of the blocks, C"}, 4, 0},
       {"sdblk segments A", sdblk(tools, {"segments"}, a), {"tarvik A"}, 1.6, kRecordsA},
+      {"sdblk segments D", sdblk(tools, {"segments"}, d), {"tarvik D"}, 1.6, kRecordsA},
       {"msi -T A", msi, {"sdblk segments A"}, 0, kRecordsA},
       {"sdblk stations C", stations_c, {"byte sum, C", "cat of the stations, C"}, 5, 0},
       {"sdblk blocks -j 1, 40 files", sdblk(tools, {"blocks", "-j", "1"}, forty), {}, 0, 0},

@@ -1,6 +1,7 @@
 // Writes the volumes that the benchmarks read, the same bytes each time:
 //
 //   make_volumes records 512 256 FILE    256 MiB of 512-byte data records, blockettes 1000 and 1001
+//   make_volumes continuous 512 256 FILE the same, but each record goes on where its channel's last one ended
 //   make_volumes metadata 64 FILE        64 MiB of station metadata with long responses
 #include <array>
 #include <cmath>
@@ -59,20 +60,37 @@ unsigned exponent_of(std::size_t length) {
   return exponent;
 }
 
-// One record a minute, from station to station; after 999999 comes 100000.
-void write_records(std::size_t length, std::size_t mebibytes, File *file) {
+// One record a minute, so that none goes on where another one ended.
+Time scattered_time(std::size_t index) {
+  const auto minute = static_cast<int>(index);
+  return {2010 + minute / 1440 / 365 % 20,
+          minute / 1440 % 365 + 1,
+          minute / 60 % 24,
+          minute % 60,
+          minute % 59,
+          minute % 10000};
+}
+
+// Records of 20 s, the twelve channels in turn.
+Time continuous_time(std::size_t index) {
+  constexpr std::size_t kChannels = 12;
+  const auto seconds = static_cast<int>(index / kChannels * 20);
+  return {2010, seconds / 86400 + 1, seconds / 3600 % 24, seconds / 60 % 60, seconds % 60, 0};
+}
+
+// After the number 999999 comes 100000.
+void write_records(bool is_continuous, std::size_t length, std::size_t mebibytes, File *file) {
   static constexpr std::array<const char *, 3> kChannels = {"BHZ", "BHN", "BHE"};
+  const std::size_t records_of_station = is_continuous ? 6 : 300;
   const std::string payload = noise(length - 64);
   const std::size_t count = mebibytes * kMebibyte / length;
   long sequence = 1;
   for (std::size_t i = 0; i < count; ++i) {
-    const auto minute = static_cast<int>(i);
-    DataRecord record{.sta = i / 300 % 2 == 0 ? "DYNGA" : "SKERA",
+    DataRecord record{.sta = i / records_of_station % 2 == 0 ? "DYNGA" : "SKERA",
                       .loc = i / 3 % 2 == 0 ? "" : "00",
                       .chan = kChannels[i % kChannels.size()],
                       .net = "XX",
-                      .time = {2010 + minute / 1440 / 365 % 20, minute / 1440 % 365 + 1,
-                               minute / 60 % 24, minute % 60, minute % 59, minute % 10000},
+                      .time = is_continuous ? continuous_time(i) : scattered_time(i),
                       .samples = 400,
                       .rate_factor = 20,
                       .rate_multiplier = 1,
@@ -220,15 +238,17 @@ void write_metadata(std::size_t mebibytes, File *file) {
 int main(int argc, char **argv) {
   try {
     const std::vector<std::string> arguments(argv + 1, argv + argc);
-    if (arguments.size() == 4 && arguments[0] == "records") {
+    if (arguments.size() == 4 && (arguments[0] == "records" || arguments[0] == "continuous")) {
       File file(argv[4]);
-      write_records(std::stoul(arguments[1]), std::stoul(arguments[2]), &file);
+      write_records(arguments[0] == "continuous", std::stoul(arguments[1]),
+                    std::stoul(arguments[2]), &file);
     } else if (arguments.size() == 3 && arguments[0] == "metadata") {
       File file(argv[3]);
       write_metadata(std::stoul(arguments[1]), &file);
     } else {
       std::fputs(
           "usage: make_volumes records LENGTH MEBIBYTES FILE\n"
+          "       make_volumes continuous LENGTH MEBIBYTES FILE\n"
           "       make_volumes metadata MEBIBYTES FILE\n",
           stderr);
       return 2;
