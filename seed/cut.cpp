@@ -7,34 +7,22 @@
 
 namespace tarvik {
 
-std::string_view extract(const SDBlkFieldDef &field, Feed *feed) {
-  std::string_view rest(feed->cursor,
-                        feed->remaining > 0 ? static_cast<std::size_t>(feed->remaining) : 0);
+std::string_view extract(const SDBlkFieldDef &field, Cursor *cursor) {
   std::string_view text;
-  std::size_t taken = 0;
   switch (field.stype) {
     case 'A':
     case 'D':
-    case 'F':
-      rest = rest.substr(0, field.width > 0 ? static_cast<std::size_t>(field.width) : 0);
-      taken = rest.size();
-      text = trimmed_field(rest);
-      break;
-    case 'B':
-      text = rest.substr(0, field.width > 0 ? static_cast<std::size_t>(field.width) : 0);
-      taken = text.size();
-      break;
+    case 'F': text = trimmed_field(cursor->take(field.width)); break;
+    case 'B': text = cursor->take(field.width); break;
     case 'V': {
-      const VariableField variable = variable_field(rest);
+      const VariableField variable = variable_field(cursor->rest());
       text = variable.value;
-      taken = variable.consumed;
+      cursor->skip(static_cast<std::int64_t>(variable.consumed));
       break;
     }
     default: return {};
   }
   require_fit("sdblk_unstuff_sblk", text.size(), kFieldTextSize);
-  feed->cursor += taken;
-  feed->remaining -= static_cast<std::int32_t>(taken);
   return text;
 }
 
@@ -44,10 +32,9 @@ using namespace tarvik;
 
 int sdblk_parse_sentry(const SDBlkFieldDef *field, const char **cursor, std::int32_t *remaining,
                        char *text) {
-  Feed feed = {*cursor, *remaining};
-  const std::string_view value = extract(*field, &feed);
-  *put_text(text, value) = '\0';
-  *cursor = feed.cursor;
-  *remaining = feed.remaining;
+  Cursor rest(*cursor, *remaining);
+  *put_text(text, extract(*field, &rest)) = '\0';
+  *remaining -= static_cast<std::int32_t>(rest.bytes() - *cursor);
+  *cursor = rest.bytes();
   return 0;
 }

@@ -1,21 +1,16 @@
-// The bytes that are still to be decoded, and cutting a field's text out of them.
+// Cutting a field's text out of the bytes that are still to be decoded.
 #ifndef SEED_CUT_H_
 #define SEED_CUT_H_
 
-#include <cstdint>
 #include <string_view>
 
+#include "seed/cursor.h"
 #include "seed/sdblk.h"
 
 namespace tarvik {
 
-struct Feed {
-  const char *cursor;
-  std::int32_t remaining;
-};
-
-// The text of one field, cut as its storage type says, and the bytes after it left in the feed.
-std::string_view extract(const SDBlkFieldDef &field, Feed *feed);
+// The text of one field, cut as its storage type says; moves past it.
+std::string_view extract(const SDBlkFieldDef &field, Cursor *cursor);
 
 }  // namespace tarvik
 

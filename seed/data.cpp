@@ -1,12 +1,14 @@
 // Decoding of data records: byte order, fixed section, chain of data blockettes.
 #include "seed/blkdefs/data.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
 
 #include "seed/block.h"
+#include "seed/cursor.h"
 #include "seed/format.h"
 #include "seed/layout.h"
 #include "seed/sdblk.h"
@@ -21,9 +23,9 @@ namespace {
 constexpr int kLongestChain = 1024;
 constexpr std::int32_t kLastLength = 64;  // stated for a last blockette with no data after it
 // Offsets of the start time's parts in a data record.
-constexpr std::int64_t kYear = 20;
-constexpr std::int64_t kDay = 22;
-constexpr std::int64_t kTenThousandths = 28;
+constexpr std::size_t kYear = 20;
+constexpr std::size_t kDay = 22;
+constexpr std::size_t kTenThousandths = 28;
 constexpr std::int32_t kFirstYear = 1900;
 
 // The position of a field in its definition, where lookups try first.
@@ -38,36 +40,18 @@ constexpr std::uint32_t kBlockOffsetField = position_of(blkdefs::BDATA_blkdef, "
 constexpr std::uint32_t kLengthExponentField = position_of(blkdefs::B1000_blkdef, "dlenp");
 
 // The bytes of a record: as many as the length in force, none past the end of the image.
-struct Record {
-  const char *bytes;
-  std::int64_t size;
-};
-
-Record record_of(const SDBlkVol *vol, const SDBlk *blk) {
-  const std::int64_t in_image = vol->image + vol->image_size - blk->data_ptr;
-  return {blk->data_ptr, vol->logical_length < in_image ? vol->logical_length : in_image};
-}
-
-Feed feed_from(const Record &record, std::int64_t offset) {
-  if (offset > record.size) offset = record.size;
-  return {record.bytes + offset, static_cast<std::int32_t>(record.size - offset)};
+Cursor record_of(const SDBlkVol *vol, const SDBlk *blk) {
+  const std::int64_t there = image_from(*vol, blk->data_ptr).size();
+  return {blk->data_ptr, std::min<std::int64_t>(vol->logical_length, there)};
 }
 
 // ---- byte order ----
 
-// Bytes past the end of the record count as 0.
-std::int32_t read_u16(const Record &record, std::int64_t offset, bool big_endian) {
-  const std::array<char, 2> pair = {offset < record.size ? record.bytes[offset] : '\0',
-                                    offset + 1 < record.size ? record.bytes[offset + 1] : '\0'};
-  return load_u16(pair.data(), big_endian);
-}
-
 enum class Order { big, little, either, neither };
 
-Order plausible_order(const Record &record, std::int64_t offset, std::int32_t least,
-                      std::int32_t most) {
-  const std::int32_t little = read_u16(record, offset, false);
-  const std::int32_t big = read_u16(record, offset, true);
+Order plausible_order(const char *bytes, std::int32_t least, std::int32_t most) {
+  const std::int32_t little = load_u16(bytes, false);
+  const std::int32_t big = load_u16(bytes, true);
   const bool little_fits = little >= least && little <= most;
   const bool big_fits = big >= least && big <= most;
   if (little_fits && big_fits) return Order::either;
@@ -76,14 +60,15 @@ Order plausible_order(const Record &record, std::int64_t offset, std::int32_t le
 }
 
 // Deduced from the start time: its day, then its year, then its fraction, until one of them makes
-// sense one way only.  Big-endian when nothing decides.
-bool is_big_endian(const Record &record) {
-  Order order = plausible_order(record, kDay, 1, 366);
+// sense one way only.  Big-endian when nothing decides.  Bytes past the end of the record count as 0.
+bool is_big_endian(const Cursor &record) {
+  const auto header = record.padded<kDataHeaderBytes>();
+  Order order = plausible_order(&header[kDay], 1, 366);
   if (order != Order::either) return order != Order::little;
   const std::int32_t next_year = yearday(std_now()) / 1000 + 1;
-  order = plausible_order(record, kYear, kFirstYear, next_year);
+  order = plausible_order(&header[kYear], kFirstYear, next_year);
   if (order != Order::either) return order != Order::little;
-  order = plausible_order(record, kTenThousandths, 0, 9999);
+  order = plausible_order(&header[kTenThousandths], 0, 9999);
   if (order != Order::either) return order != Order::little;
   elog_complain(
       0, "sdblk_unstuff_dblk: WARNING - Cannot deduce byte order - using BIGENDIAN default.\n");
@@ -97,8 +82,8 @@ class Chain {
  public:
   // Whether a blockette can be read at an offset: it lies in the record, is new, and not too many
   // stand before it.
-  bool accepts(const Record &record, std::int32_t offset) {
-    if (record.size - offset < kLinkBytes || count_ == kLongestChain) return false;
+  bool accepts(const Cursor &record, std::int32_t offset) {
+    if (!record.from(offset).has(kLinkBytes) || count_ == kLongestChain) return false;
     if (offset <= highest_ && visited(offset)) return false;
     if (offset > highest_) highest_ = offset;
     offsets_[count_++] = offset;
@@ -156,12 +141,13 @@ bool adopt_length(SDBlk *record, const SDBlk *blk) {
 
 // Decodes the data blockette at an offset of the record after the chain's tail, which it becomes;
 // gives the offset of the next one.  A negative result is a failure.
-int decode_chained(const WalkContext &context, SDBlk *record, const Record &bytes, SDBlk **tail,
+int decode_chained(const WalkContext &context, SDBlk *record, const Cursor &bytes, SDBlk **tail,
                    std::int32_t *offset) {
   const SDBlkVol *vol = context.vol;
-  Feed feed = feed_from(bytes, *offset);
-  const std::int32_t type = load_u16(feed.cursor, context.big_endian);
-  const std::int32_t next = load_u16(feed.cursor + 2, context.big_endian);
+  Cursor cursor = bytes.from(*offset);
+  const char *link = cursor.take(kLinkBytes).data();
+  const std::int32_t type = load_u16(link, context.big_endian);
+  const std::int32_t next = load_u16(link + 2, context.big_endian);
   SDBlk *blk = block_take_chained(record);
   if (blk == nullptr) {
     elog_log(1, "sdblk_unstuff_dblk: malloc(blockette,%ld) error for B%4.4d at %c:%6.6d\n",
@@ -172,10 +158,8 @@ int decode_chained(const WalkContext &context, SDBlk *record, const Record &byte
   blk->blockette_type = type;
   fill_chained(vol, record, *offset, blk);
   blk->blockette_length = chained_length(*offset, next, record->data_offset);
-  feed.cursor += kLinkBytes;
-  feed.remaining -= static_cast<std::int32_t>(kLinkBytes);
   if (blk->blkdef != nullptr) {
-    if (unpack_fields(&blk->contents, feed, context, *blk->blkdef) < 0) return -1;
+    if (unpack_fields(&blk->contents, cursor, context, *blk->blkdef) < 0) return -1;
     if (type == kDataOnlyType && !adopt_length(record, blk)) return -1;
   }
   *tail = blk;
@@ -183,7 +167,7 @@ int decode_chained(const WalkContext &context, SDBlk *record, const Record &byte
   return 0;
 }
 
-int decode_chain(const WalkContext &context, SDBlk *blk, const Record &record,
+int decode_chain(const WalkContext &context, SDBlk *blk, const Cursor &record,
                  std::int32_t offset) {
   Chain chain;
   SDBlk *tail = blk;
@@ -209,14 +193,13 @@ int sdblk_unstuff_dblk(SDBlkVol *vol, SDBlk *block) {
              block->record_type, block->logical_sequence);
     return -1;
   }
-  const Record record = record_of(vol, block);
+  const Cursor record = record_of(vol, block);
   const WalkContext context = {vol, is_big_endian(record)};
   block_drop_chain(block);
   block_forget_fields(block);
   block->big_endian = context.big_endian ? 1 : 0;
   if (block->blkdef == nullptr) block->blkdef = seed_blkdefs_index[SDBLK_DATA_RECORD];
-  if (unpack_fields(&block->contents, feed_from(record, kHeaderBytes), context, *block->blkdef) <
-      0) {
+  if (unpack_fields(&block->contents, record.from(kHeaderBytes), context, *block->blkdef) < 0) {
     return -1;
   }
   std::int32_t offset = 0;

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "seed/block.h"
+#include "seed/cursor.h"
 #include "seed/format.h"
 #include "seed/whole.h"
 #include "support/arr_impl.h"
@@ -21,7 +22,7 @@ std::int64_t size_of_data(const SDBlk &block) {
   const std::int64_t stated =
       block.blockette_length > 0 ? block.blockette_length : block.logical_length;
   if (block.vol == nullptr) return stated;
-  return std::min(stated, block.vol->image + block.vol->image_size - block.data_ptr);
+  return std::min(stated, image_from(*block.vol, block.data_ptr).size());
 }
 
 std::int64_t size_of(const SDBlk &block) {
@@ -37,7 +38,7 @@ std::int64_t bytes_before_fields(const SDBlk &block) {
 // Goes over the bytes of decoded fields until it is at those of one entry.
 class Finder {
  public:
-  Finder(std::string_view bytes, const SDBlkEntry *entry, std::int32_t element)
+  Finder(const Cursor &bytes, const SDBlkEntry *entry, std::int32_t element)
       : rest_(bytes), wanted_(entry), element_(element) {}
 
   // Whether the entry, or what it holds, is among the fields.
@@ -70,15 +71,13 @@ class Finder {
     return false;
   }
   std::string_view cut(const SDBlkFieldDef &field) {
-    const std::size_t width =
-        field.stype == 'V' ? rest_.find('~') : static_cast<std::size_t>(field.width);
-    const std::string_view bytes = rest_.substr(0, width);
-    rest_.remove_prefix(bytes.size());
-    if (field.stype == 'V' && !rest_.empty()) rest_.remove_prefix(1);
+    if (field.stype != 'V') return rest_.take(field.width);
+    const std::string_view bytes = rest_.rest().substr(0, rest_.rest().find('~'));
+    rest_.skip(static_cast<std::int64_t>(bytes.size()) + 1);
     return bytes;
   }
 
-  std::string_view rest_;
+  Cursor rest_;
   const SDBlkEntry *wanted_;
   std::int32_t element_;
   std::string_view found_;
@@ -110,9 +109,9 @@ const char *sdblk_field_bytes(const SDBlk *block, const SDBlkEntry *entry, std::
   if (block->blkdef == nullptr) return nullptr;
   std::int64_t there = 0;
   const char *bytes = sdblk_raw(block, &there);
-  const std::int64_t before = std::min(bytes_before_fields(*block), there);
   if (bytes == nullptr) return nullptr;
-  Finder finder({bytes + before, static_cast<std::size_t>(there - before)}, entry, element);
+  const Cursor fields = Cursor(bytes, there).from(bytes_before_fields(*block));
+  Finder finder(fields, entry, element);
   if (!finder.find(block->contents, block->blkdef->nfields, block->blkdef->fields)) return nullptr;
   *size = static_cast<std::int64_t>(finder.found().size());
   return finder.found().data();

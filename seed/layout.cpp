@@ -145,9 +145,9 @@ constexpr Layout layouts[] = {
 
 // Apart from unpack_fields, which keeps everything in registers as long as it calls nothing that
 // takes an address: it runs for each block of a data record.
-[[gnu::noinline]] int walk(Arr **contents, Feed feed, const WalkContext &context,
+[[gnu::noinline]] int walk(Arr **contents, Cursor cursor, const WalkContext &context,
                            const SDBlkDef &def) {
-  return walk_fields(contents, &feed, context, 1, list_of(def), nullptr);
+  return walk_fields(contents, &cursor, context, 1, list_of(def), nullptr);
 }
 
 }  // namespace
@@ -169,14 +169,14 @@ bool unpack_layout(const Layout &layout, Arr *array, const char *bytes, bool big
   return true;
 }
 
-int unpack_fields(Arr **contents, Feed feed, const WalkContext &context, const SDBlkDef &def) {
+int unpack_fields(Arr **contents, Cursor cursor, const WalkContext &context, const SDBlkDef &def) {
   Arr *array = *contents;
   const Layout *layout = find_layout(def);
-  if (layout == nullptr || layout->bytes > feed.remaining || array == nullptr ||
-      array->count != 0 || array->pool == nullptr) {
-    return walk(contents, feed, context, def);
+  if (layout == nullptr || !cursor.has(layout->bytes) || array == nullptr || array->count != 0 ||
+      array->pool == nullptr) {
+    return walk(contents, cursor, context, def);
   }
-  return unpack_layout(*layout, array, feed.cursor, context.big_endian)
+  return unpack_layout(*layout, array, cursor.bytes(), context.big_endian)
              ? 0
              : report_no_memory(def.fields[0]);
 }

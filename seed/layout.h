@@ -34,9 +34,9 @@ const Layout *find_layout(const SDBlkDef &def);
 [[nodiscard]] bool unpack_layout(const Layout &layout, Arr *array, const char *bytes,
                                  bool big_endian);
 
-// Decodes the fields of a definition from the feed: by their places where they have some and all
+// Decodes the fields of a definition from a cursor on: by their places where they have some and all
 // bytes are there, else one after the other.  0, or -1 with messages registered.
-int unpack_fields(Arr **contents, Feed feed, const WalkContext &context, const SDBlkDef &def);
+int unpack_fields(Arr **contents, Cursor cursor, const WalkContext &context, const SDBlkDef &def);
 
 }  // namespace tarvik
 

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "seed/conversion.h"
+#include "seed/cursor.h"
 #include "seed/facts.h"
 #include "seed/format.h"
 #include "seed/line_format.h"
@@ -87,7 +88,7 @@ void print_hex_rows(std::string_view prefix, const char *bytes, std::int64_t len
 // Bytes of a data record or blockette that lie in the volume's image, at most length.
 std::int64_t bytes_there(const SDBlk &block, std::int64_t length) {
   if (block.vol == nullptr) return length;
-  return std::min(length, block.vol->image + block.vol->image_size - block.data_ptr);
+  return std::min(length, image_from(*block.vol, block.data_ptr).size());
 }
 
 void print_raw(const SDBlk &block, std::string_view prefix) {

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "seed/block.h"
+#include "seed/cursor.h"
 #include "seed/failure.h"
 #include "seed/format.h"
 #include "seed/paging.h"
@@ -19,6 +20,8 @@ using namespace tarvik;
 namespace {
 
 constexpr std::int32_t kSequenceSize = 6;  // digits of a sequence number
+constexpr std::int32_t kTypeSize = 3;      // digits of a control blockette's type
+constexpr std::int32_t kLengthSize = 4;    // and of its length, which follows
 constexpr std::int32_t kShortestRecord = 64;
 constexpr std::int32_t kLongestRecord = 131072;
 constexpr std::int32_t kDataStep = 64;  // a data record's header is looked for in such steps
@@ -34,11 +37,7 @@ bool is_control_letter(char letter) {
 
 // ---- the reading position ----
 
-// Never past the end of the image.
-void move_to(SDBlkVol *vol, std::int64_t offset) {
-  vol->offset = std::min(offset, vol->image_size);
-  vol->cursor = vol->image + vol->offset;
-}
+Cursor rest_of_image(const SDBlkVol *vol) { return image_from(*vol, vol->cursor); }
 
 void advance(SDBlkVol *vol, std::int32_t bytes) {
   move_to(vol, vol->offset + bytes);
@@ -68,13 +67,13 @@ std::array<char, kSequenceSize> sequence_text(std::int32_t sequence) {
 // Whether a header with the expected sequence number stands at the offset, which is in the image.
 bool header_stands_at(const SDBlkVol *vol, std::int64_t offset,
                       const std::array<char, kSequenceSize> &expected) {
-  const std::int64_t size = vol->image_size - offset;
-  const char *header = vol->image + offset;
-  if (size < kHeaderBytes - 1 || std::memcmp(header, expected.data(), expected.size()) != 0) {
+  const Cursor image = image_at(*vol, offset);
+  const char *header = image.bytes();
+  if (!image.has(kHeaderBytes - 1) || std::memcmp(header, expected.data(), expected.size()) != 0) {
     return false;
   }
   const char letter = header[kSequenceSize];
-  if (is_data_letter(letter)) return size >= kHeaderBytes && header[kSequenceSize + 1] == ' ';
+  if (is_data_letter(letter)) return image.has(kHeaderBytes) && header[kSequenceSize + 1] == ' ';
   return is_control_letter(letter);
 }
 
@@ -83,7 +82,7 @@ bool header_stands_at(const SDBlkVol *vol, std::int64_t offset,
 // the end of the image ends there.
 bool measure_record(SDBlkVol *vol) {
   const auto expected = sequence_text(vol->logical_sequence + 1);
-  const std::int64_t rest = vol->image_size - vol->record_offset;
+  const std::int64_t rest = image_at(*vol, vol->record_offset).size();
   std::int32_t candidate = vol->logical_length;
   for (std::int32_t next = kShortestRecord; candidate < rest; next *= 2) {
     if (header_stands_at(vol, vol->record_offset + candidate, expected)) {
@@ -157,14 +156,14 @@ SDBlk *start_block(SDBlkVol *vol, SDBlk **blkp, std::int32_t type) {
 // Walks the rest of a data record in steps and stops where its header stands again, as at its start.
 // False at the record's end, which it moves on to.
 bool find_data_block(SDBlkVol *vol) {
-  const char *record = vol->image + vol->record_offset;
-  const std::int64_t in_image = vol->image_size - vol->record_offset;
+  const Cursor image = image_at(*vol, vol->record_offset);
+  const char *record = image.bytes();
   // The first position counts even where it lies past the record's end.
   const std::int64_t last = std::min<std::int64_t>(std::max(vol->logical_length, vol->record_pos),
-                                                   in_image - kHeaderBytes);
+                                                   image.size() - kHeaderBytes);
   for (std::int64_t pos = vol->record_pos; pos <= last; pos += kDataStep) {
     // The walk touches every line of the cache, faster than the machine foresees.
-    if (pos + kPrefetchAhead < in_image) __builtin_prefetch(record + pos + kPrefetchAhead);
+    if (pos + kPrefetchAhead < image.size()) __builtin_prefetch(record + pos + kPrefetchAhead);
     if (std::memcmp(record + pos, record, kHeaderBytes) == 0) {
       move_to(vol, vol->record_offset + pos);
       vol->record_pos = static_cast<std::int32_t>(pos);
@@ -192,17 +191,15 @@ int cut_data_block(SDBlkVol *vol, SDBlk **blkp) {
   return 0;
 }
 
-bool read_type(const SDBlkVol *vol, std::int32_t *type) {
-  const char *text = vol->cursor;
-  if (scan_integer(until_zero({text, 3}), nullptr, type) >= 0) return true;
+bool read_type(const SDBlkVol *vol, std::string_view text, std::int32_t *type) {
+  if (scan_integer(until_zero(text), nullptr, type) >= 0) return true;
   elog_log(0, "sdblk_parseblk: scan_int(blockette_type,'%c%c%c') error at %c:%6.6d\n", text[0],
            text[1], text[2], vol->record_type, vol->logical_sequence);
   return false;
 }
 
-bool read_length(const SDBlkVol *vol, SDBlk *blk) {
-  const char *text = vol->cursor + 3;
-  if (scan_integer(until_zero({text, 4}), nullptr, &blk->blockette_length) >= 0) return true;
+bool read_length(const SDBlkVol *vol, std::string_view text, SDBlk *blk) {
+  if (scan_integer(until_zero(text), nullptr, &blk->blockette_length) >= 0) return true;
   elog_log(0,
            "sdblk_parseblk: scan_int(blockette_length,'%c%c%c%c') error for B%4.4d at %c:%6.6d\n",
            text[0], text[1], text[2], text[3], blk->blockette_type, vol->record_type,
@@ -212,7 +209,7 @@ bool read_length(const SDBlkVol *vol, SDBlk *blk) {
 
 // Whether the rest of a blockette, with copied bytes read, lies inside the image.
 bool is_complete(const SDBlkVol *vol, const SDBlk *blk, std::int32_t copied) {
-  if (vol->offset + blk->blockette_length - copied <= vol->image_size) return true;
+  if (rest_of_image(vol).has(blk->blockette_length - copied)) return true;
   elog_log(0, "sdblk_parseblk: Incomplete B%4.4d at %c:%6.6d\n", blk->blockette_type,
            vol->record_type, vol->logical_sequence);
   return false;
@@ -228,15 +225,16 @@ bool take_raw(const SDBlkVol *vol, SDBlk *blk) {
 
 // Reads type and length at the cursor into the caller's block.  0, SDBLK_EOF or -1.
 int start_control_block(SDBlkVol *vol, SDBlk **blkp) {
+  Cursor prefix = rest_of_image(vol);
   std::int32_t type = 0;
-  if (!read_type(vol, &type)) return -1;
+  if (!read_type(vol, prefix.take(kTypeSize), &type)) return -1;
   SDBlk *blk = start_block(vol, blkp, type);
   if (blk == nullptr) {
     elog_log(1, "sdblk_parseblk: malloc(blockette,%ld) error for B%4.4d at %c:%6.6d\n",
              block_size(), type, vol->record_type, vol->logical_sequence);
     return -1;
   }
-  if (!read_length(vol, blk)) return -1;
+  if (!read_length(vol, prefix.take(kLengthSize), blk)) return -1;
   if (!is_complete(vol, blk, 0)) return SDBLK_EOF;
   if (!take_raw(vol, blk)) return -1;
   if (type >= 0 && type < SEED_BLKDEFS_INDEX_SIZE) blk->blkdef = seed_blkdefs_index[type];
@@ -271,8 +269,8 @@ bool adopt_record_length(SDBlkVol *vol, SDBlk *blk) {
 
 // Copies bytes of the blockette from the cursor.
 void copy_raw(SDBlkVol *vol, SDBlk *blk, std::int32_t bytes, std::int32_t *copied) {
-  if (bytes > 0)
-    std::memcpy(blk->blockette_raw + *copied, vol->cursor, static_cast<std::size_t>(bytes));
+  const std::string_view text = rest_of_image(vol).first(bytes);
+  text.copy(blk->blockette_raw + *copied, text.size());
   *copied += bytes;
   advance(vol, bytes);
 }
@@ -285,15 +283,15 @@ int finish_control_block(SDBlkVol *vol, SDBlk *blk, std::int32_t *copied) {
 }
 
 bool only_padding_left(const SDBlkVol *vol) {
-  return remaining_in_record(vol) < 3 || std::memcmp(vol->cursor, "   ", 3) == 0;
+  return remaining_in_record(vol) < kTypeSize || rest_of_image(vol).first(kTypeSize) == "   ";
 }
 
 int parse_strictly(SDBlkVol *vol, SDBlk **blkp) {
   SDBlk *assembling = nullptr;  // a blockette that runs on into the next record
   std::int32_t copied = 0;
-  while (vol->offset + kHeaderBytes <= vol->image_size) {
+  while (rest_of_image(vol).has(kHeaderBytes)) {
     if (vol->record_pos == 0 && !read_header(vol)) return -1;
-    if (vol->offset + kPrefixBytes > vol->image_size) return SDBLK_EOF;
+    if (!rest_of_image(vol).has(kPrefixBytes)) return SDBLK_EOF;
     if (is_data_letter(vol->record_type)) {
       assembling = nullptr;
       copied = 0;

@@ -1,5 +1,6 @@
 // Decoding a block of either kind: sdblk_unstuffblk.
 #include "seed/block.h"
+#include "seed/cursor.h"
 #include "seed/failure.h"
 #include "seed/format.h"
 #include "seed/sdblk.h"
@@ -28,9 +29,8 @@ int unstuff_strictly(SDBlk *block) {
 int sdblk_unstuff_blk(SDBlkVol *vol, SDBlk *block) {
   if (block->blkdef == nullptr || block->blockette_raw == nullptr) return 0;
   block_forget_fields(block);
-  constexpr auto kPrefix = static_cast<std::int32_t>(kPrefixBytes);
-  Feed feed = {block->blockette_raw + kPrefix, block->blockette_length - kPrefix};
-  return walk_fields(&block->contents, &feed, {vol, block->big_endian != 0}, 1,
+  Cursor fields = Cursor(block->blockette_raw, block->blockette_length).from(kPrefixBytes);
+  return walk_fields(&block->contents, &fields, {vol, block->big_endian != 0}, 1,
                      list_of(*block->blkdef), nullptr);
 }
 

@@ -1,6 +1,5 @@
 #include "seed/walk.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -26,11 +25,11 @@ using Numbers = std::array<double, kMostNumbers>;
 // Decodes the fields of one repetition after the other.
 class Walker {
  public:
-  Walker(const Feed &feed, const WalkContext &context)
-      : feed_(feed), start_(feed), context_(context) {}
+  Walker(const Cursor &cursor, const WalkContext &context)
+      : cursor_(cursor), start_(cursor), context_(context) {}
 
-  [[nodiscard]] bool has_more() const { return feed_.remaining >= 1; }
-  [[nodiscard]] const Feed &rest() const { return feed_; }
+  [[nodiscard]] bool has_more() const { return cursor_.has(1); }
+  [[nodiscard]] const Cursor &rest() const { return cursor_; }
 
   // 0 or -1.
   int repetition(Arr **array, const FieldList &list, Arr *parent);
@@ -50,14 +49,6 @@ class Walker {
   int decode_group_array(const SDBlkFieldDef &field, const FieldFacts &facts, SDBlkEntry *entry);
   int decode_ref_array(const SDBlkFieldDef &field, SDBlkEntry *entry);
 
-  // The next bytes, which must be there.
-  const char *take(std::int32_t size) {
-    const char *bytes = feed_.cursor;
-    feed_.cursor += size;
-    feed_.remaining -= size;
-    return bytes;
-  }
-
   // Size bytes of a binary field, given to load.
   template <std::size_t Size, typename Load>
   auto binary(const SDBlkFieldDef &field, Load load);
@@ -68,14 +59,14 @@ class Walker {
   void refer(const SDBlkFieldDef &field, SDBlkEntry *entry);
   bool read_count(const SDBlkFieldDef &field, SDBlkEntry *entry);
   char *keep_text(std::string_view text);
-  void dump() const { sdblk_printbuf("", start_.cursor, start_.remaining); }
+  void dump() const { sdblk_printbuf("", start_.bytes(), start_.size()); }
 
   // A zeroed array of the entry's count, or nullptr with a message that has the member's name.
   template <typename T>
   T *take_elements(const SDBlkFieldDef &field, const SDBlkEntry &entry, const char *member);
 
-  Feed feed_;
-  Feed start_;
+  Cursor cursor_;
+  Cursor start_;
   WalkContext context_;
   Arr *array_ = nullptr;              // the repetition's entries
   Arena *pool_ = nullptr;             // where they lie
@@ -111,10 +102,8 @@ char *Walker::keep_text(std::string_view text) {
 // Of a field that is cut short, the missing bytes are zero.
 template <std::size_t Size, typename Load>
 auto Walker::binary(const SDBlkFieldDef &field, Load load) {
-  const std::string_view text = extract(field, &feed_).substr(0, Size);
-  std::array<char, Size> padded = {};
-  std::copy(text.begin(), text.end(), padded.begin());
-  return load(padded.data());
+  const std::string_view text = extract(field, &cursor_);
+  return load(Cursor(text.data(), static_cast<std::int64_t>(text.size())).padded<Size>().data());
 }
 
 void Walker::refer(const SDBlkFieldDef &field, SDBlkEntry *entry) {
@@ -123,7 +112,7 @@ void Walker::refer(const SDBlkFieldDef &field, SDBlkEntry *entry) {
 }
 
 int Walker::decode_text(const SDBlkFieldDef &field, SDBlkEntry *entry) {
-  std::string_view text = extract(field, &feed_);
+  std::string_view text = extract(field, &cursor_);
   if (field.stype == 'B') text = until_zero(text);
   entry->value.s = keep_text(text);
   if (entry->value.s != nullptr) return 0;
@@ -133,7 +122,7 @@ int Walker::decode_text(const SDBlkFieldDef &field, SDBlkEntry *entry) {
 }
 
 int Walker::decode_digits(const SDBlkFieldDef &field, SDBlkEntry *entry) {
-  const std::string_view text = extract(field, &feed_);
+  const std::string_view text = extract(field, &cursor_);
   if (scan_digits(text, field, &entry->value.i) == 0) return 0;
   report_integer(text);
   dump();
@@ -142,12 +131,12 @@ int Walker::decode_digits(const SDBlkFieldDef &field, SDBlkEntry *entry) {
 
 // 0, or -1 with messages registered.
 int Walker::scan_field(const SDBlkFieldDef &field, double *value) {
-  if (field.stype == 'F' && feed_.remaining >= field.width &&
-      picture::read_fields(feed_.cursor, field.width, 1, value) == 1) [[likely]] {
-    take(field.width);
+  if (field.stype == 'F' && cursor_.has(field.width) &&
+      picture::read_fields(cursor_.bytes(), field.width, 1, value) == 1) [[likely]] {
+    cursor_.skip(field.width);
     return 0;
   }
-  const std::string_view text = extract(field, &feed_);
+  const std::string_view text = extract(field, &cursor_);
   if (scan_real(until_zero(text), value) == 0) return 0;
   elog_log(0, "sdblk_unstuff_sblk: scan_double(%.*s) error.\n", static_cast<int>(text.size()),
            text.data());
@@ -157,9 +146,10 @@ int Walker::scan_field(const SDBlkFieldDef &field, double *value) {
 // Reads numbers of the manual's pictures as far as they go, count at most; returns how many.
 std::int32_t Walker::scan_run(const SDBlkFieldDef &field, std::int32_t count, double *values) {
   if (field.stype != 'F' || field.width < 1) return 0;
-  count = std::min(count, feed_.remaining / field.width);
-  const std::int32_t read = picture::read_fields(feed_.cursor, field.width, count, values);
-  take(read * field.width);
+  const std::int64_t there = cursor_.size() / field.width;
+  if (there < count) count = static_cast<std::int32_t>(there);
+  const std::int32_t read = picture::read_fields(cursor_.bytes(), field.width, count, values);
+  cursor_.skip(std::int64_t{read} * field.width);
   return read;
 }
 
@@ -200,8 +190,8 @@ int Walker::decode_int_array(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   entry->value.ia = take_elements<std::int32_t>(field, *entry, "ia");
   if (entry->value.ia == nullptr) return -1;
   // Elements without bytes are 0, and stay so.
-  for (std::int32_t i = 0; i < entry->count && feed_.remaining >= 1; ++i) {
-    const std::string_view text = extract(field, &feed_);
+  for (std::int32_t i = 0; i < entry->count && has_more(); ++i) {
+    const std::string_view text = extract(field, &cursor_);
     if (scan_digits(text, field, &entry->value.ia[i]) < 0) return report_integer(text);
   }
   return 0;
@@ -213,7 +203,7 @@ int Walker::decode_double_array(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   if (entry->value.da == nullptr) return -1;
   // A count of 9999 over a few bytes costs no more than the zeros that are there already.
   std::int32_t i = scan_run(field, entry->count, entry->value.da);
-  for (; i < entry->count && feed_.remaining >= 1; ++i) {
+  for (; i < entry->count && has_more(); ++i) {
     if (scan_field(field, &entry->value.da[i]) < 0) return -1;
   }
   return 0;
@@ -224,7 +214,7 @@ int Walker::decode_string_array(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   entry->value.sa = take_elements<char *>(field, *entry, "sa");
   if (entry->value.sa == nullptr) return -1;
   for (std::int32_t i = 0; i < entry->count; ++i) {
-    const std::string_view text = until_zero(extract(field, &feed_));
+    const std::string_view text = until_zero(extract(field, &cursor_));
     entry->value.sa[i] = keep_text(text);
     if (entry->value.sa[i] != nullptr) continue;
     elog_log(1, "sdblk_unstuff_sblk: malloc(entry->sa=%s,%ld) error.\n", field.key,
@@ -240,7 +230,7 @@ int Walker::decode_ref_array(const SDBlkFieldDef &field, SDBlkEntry *entry) {
   if (entry->value.ra == nullptr) return -1;
   for (std::int32_t i = 0; i < entry->count; ++i) {
     SDBlkAbbrRef *reference = &entry->value.ra[i];
-    const std::string_view text = extract(field, &feed_);
+    const std::string_view text = extract(field, &cursor_);
     if (scan_integer(until_zero(text), nullptr, &reference->code) < 0) return report_integer(text);
     if (field.abbr_key == nullptr) continue;
     reference->blk = referenced_block(context_.vol, field.abbr_key, reference->code);
@@ -253,7 +243,7 @@ int Walker::decode_group_array(const SDBlkFieldDef &field, const FieldFacts &fac
   if (!read_count(field, entry)) return -1;
   entry->value.ea = take_elements<Arr *>(field, *entry, "ea");
   if (entry->value.ea == nullptr) return -1;
-  return walk_fields(entry->value.ea, &feed_, context_, entry->count, list_of(facts), array_);
+  return walk_fields(entry->value.ea, &cursor_, context_, entry->count, list_of(facts), array_);
 }
 
 int Walker::decode(const SDBlkFieldDef &field, const FieldFacts &facts, SDBlkEntry *entry) {
@@ -276,7 +266,9 @@ int Walker::decode(const SDBlkFieldDef &field, const FieldFacts &facts, SDBlkEnt
       break;
     case Conversion::lookup_code: code_ = entry; return decode_digits(field, entry);
     case Conversion::real: return decode_real(field, entry);
-    case Conversion::time: entry->value.d = seed_time(until_zero(extract(field, &feed_))); return 0;
+    case Conversion::time:
+      entry->value.d = seed_time(until_zero(extract(field, &cursor_)));
+      return 0;
     case Conversion::btime:
       entry->value.d = binary<kBinaryTimeSize>(
           field, [=](const char *p) { return binary_time_at(p, big_endian); });
@@ -319,8 +311,10 @@ void set_entry(const SDBlkFieldDef &field, SDBlkEntry *entry) {
 int Walker::repetition_of_numbers(Arr **array, const FieldList &list, Arr *parent) {
   const auto count = static_cast<std::int32_t>(list.count);
   Numbers numbers;
-  if (feed_.remaining < count * kPictureWidth ||
-      picture::read_fields(feed_.cursor, kPictureWidth, count, numbers.data()) < count) {
+  const std::int64_t bytes = list.count * kPictureWidth;
+  const Cursor after = cursor_.from(bytes);
+  if (!cursor_.has(bytes) ||
+      picture::read_fields(cursor_.bytes(), kPictureWidth, count, numbers.data()) < count) {
     return repetition(array, list, parent);
   }
   const auto capacity = static_cast<std::uint32_t>(count);
@@ -332,7 +326,7 @@ int Walker::repetition_of_numbers(Arr **array, const FieldList &list, Arr *paren
     (*array)->pairs[i] = {list.fields[i].key, &entries[i]};
   }
   (*array)->count = capacity;
-  take(count * kPictureWidth);
+  cursor_ = after;
   return 0;
 }
 
@@ -347,7 +341,7 @@ int Walker::repetition(Arr **array, const FieldList &list, Arr *parent) {
   // The catalogue's keys are unique in their array; others may come twice.
   const bool append = array_->count == 0 && capacity < kArrIndexFrom && list.facts != nullptr;
   FieldFacts made;
-  for (std::int64_t i = 0; i < list.count && feed_.remaining >= 1; ++i) {
+  for (std::int64_t i = 0; i < list.count && has_more(); ++i) {
     const SDBlkFieldDef &field = list.fields[i];
     SDBlkEntry *entry = &entries[i];
     set_entry(field, entry);
@@ -376,15 +370,15 @@ int report_no_memory(const SDBlkFieldDef &field) {
   return -1;
 }
 
-int walk_fields(Arr **arrays, Feed *feed, const WalkContext &context, std::int32_t repetitions,
+int walk_fields(Arr **arrays, Cursor *cursor, const WalkContext &context, std::int32_t repetitions,
                 const FieldList &list, Arr *parent) {
-  Walker walker(*feed, context);
+  Walker walker(*cursor, context);
   int result = 0;
   for (std::int32_t i = 0; i < repetitions && result == 0 && walker.has_more(); ++i) {
     result = list.is_numbers ? walker.repetition_of_numbers(&arrays[i], list, parent)
                              : walker.repetition(&arrays[i], list, parent);
   }
-  *feed = walker.rest();
+  *cursor = walker.rest();
   return result;
 }
 
@@ -395,10 +389,10 @@ using namespace tarvik;
 int sdblk_unstuff_sblk(Arr **arrays, const char **cursor, std::int32_t *remaining,
                        std::int32_t big_endian, std::int32_t repetitions, SDBlkVol *vol,
                        std::int32_t nfields, const SDBlkFieldDef *fields) {
-  Feed feed = {*cursor, *remaining};
+  Cursor rest(*cursor, *remaining);
   const FieldList list = {fields, nfields, nullptr, false};
-  const int result = walk_fields(arrays, &feed, {vol, big_endian != 0}, repetitions, list, nullptr);
-  *cursor = feed.cursor;
-  *remaining = feed.remaining;
+  const int result = walk_fields(arrays, &rest, {vol, big_endian != 0}, repetitions, list, nullptr);
+  *remaining -= static_cast<std::int32_t>(rest.bytes() - *cursor);
+  *cursor = rest.bytes();
   return result;
 }

@@ -20,7 +20,7 @@ struct WalkContext {
 
 // sdblk_unstuff_sblk; a null element gets an array nested in parent, or one of its own when parent
 // is null.
-int walk_fields(Arr **arrays, Feed *feed, const WalkContext &context, std::int32_t repetitions,
+int walk_fields(Arr **arrays, Cursor *cursor, const WalkContext &context, std::int32_t repetitions,
                 const FieldList &list, Arr *parent);
 
 // Registers that there is no memory for a field's entry; -1.

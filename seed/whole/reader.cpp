@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "seed/block.h"
+#include "seed/cursor.h"
 #include "seed/paging.h"
 #include "seed/whole/findings.h"
 #include "seed/whole/header.h"
@@ -21,8 +22,7 @@ Image image_of(const SDBlkVol *vol) { return {vol->image, vol->image_size}; }
 
 // Where the volume is read, for programs that look and for the pages of its mapping.
 void set_position(SDBlkVol *vol, std::int64_t offset) {
-  vol->offset = std::min(offset, vol->image_size);
-  vol->cursor = vol->image + vol->offset;
+  move_to(vol, offset);
   vol->record_pos = static_cast<std::int32_t>(vol->whole->pos);
 }
 

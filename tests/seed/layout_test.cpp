@@ -39,8 +39,8 @@ Decoded unpack(const SDBlkDef &def, std::string_view bytes, bool big_endian) {
   // No byte more than given, so that the sanitizers see a step behind them.
   const std::vector<char> image(bytes.begin(), bytes.end());
   Arr *contents = arr_new_pooled(512);
-  const Feed feed = {image.data(), static_cast<std::int32_t>(image.size())};
-  const int result = unpack_fields(&contents, feed, {&vol, big_endian}, def);
+  const Cursor cursor(image.data(), static_cast<std::int64_t>(image.size()));
+  const int result = unpack_fields(&contents, cursor, {&vol, big_endian}, def);
   return {Contents(contents), result};
 }
 
