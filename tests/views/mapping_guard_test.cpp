@@ -11,8 +11,8 @@
 #include <thread>
 
 #if defined(__SANITIZE_ADDRESS__)
-// The signal is the guard's to take, not the sanitizer's to report.
-extern "C" const char *__asan_default_options();
+// The signal is the guard's to take, not the sanitizer's to report; its library must find the function.
+extern "C" __attribute__((visibility("default"))) const char *__asan_default_options();
 extern "C" const char *__asan_default_options() { return "handle_sigbus=0"; }
 #endif
 
