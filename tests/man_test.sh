@@ -5,6 +5,8 @@
 #   man_test.sh lint PAGE...
 #   man_test.sh layout PAGE...
 #   man_test.sh examples PAGE COMMAND VOLUME
+#   man_test.sh names PAGE LIST                every public name of the list stands in the page
+#   man_test.sh synopsis PAGE SOURCES          what the page declares is what the headers declare (CC)
 #
 # Ends with 77, the tests' "skipped", where mandoc or man-db is not there.
 set -eu
@@ -53,7 +55,30 @@ examples() {
   diff want got
 }
 
+# A word of prose is no name: those are marked.
+names() {
+  missing=$(while IFS= read -r name; do
+    grep -Eq "^\.(Fn|Fo|Va) $name( |\$)" "$1" || printf ' %s' "$name"
+  done <"$2")
+  [ -z "$missing" ] || {
+    echo "$1 lacks:$missing"
+    exit 1
+  }
+}
+
+# The synopsis as mandoc shows it is a piece of C, but for the headers for C++; a compiler takes a
+# function that is declared twice only where both are of one type.
+synopsis() {
+  command -v mandoc >/dev/null || exit 77
+  scratch=$(mktemp -d)
+  trap 'rm -rf "$scratch"' EXIT
+  mandoc -T ascii -O width=80 "$1" | col -b |
+    sed -n '/^SYNOPSIS/,/^DESCRIPTION/{/^[A-Z]/d;/getv[.]h/d;/[.]hpp/d;p}' >"$scratch/synopsis.c"
+  [ "$(grep -c ');' "$scratch/synopsis.c")" -gt 40 ]
+  "${CC:-cc}" -std=c11 -Wall -Wextra -pedantic -Werror -fsyntax-only -I "$2" "$scratch/synopsis.c"
+}
+
 case $1 in
-  lint | layout | examples) "$@" ;;
+  lint | layout | examples | names | synopsis) "$@" ;;
   *) exit 2 ;;
 esac
