@@ -8,7 +8,19 @@ find_program(LLVM_COV NAMES llvm-cov-14 llvm-cov REQUIRED)
 
 set(programs "")
 # llvm-cov takes the first program bare and each other one after -object.
-foreach(name IN ITEMS tarvik tests_cmd tests_seed tests_support)
+foreach(
+  name IN
+  ITEMS tarvik
+        sdblk_command
+        sdblk_python
+        tests_cmd
+        tests_sdblk
+        tests_seed
+        tests_support
+        tests_threads
+        tests_views
+        tests_whole
+)
   if(TARGET ${name})
     list(APPEND programs "$<TARGET_FILE:${name}>")
   endif()

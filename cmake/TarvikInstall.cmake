@@ -63,6 +63,8 @@ if(TARGET sdblk_python)
   install(DIRECTORY python/sdblk DESTINATION "${TARVIK_PYTHON_DIR}" COMPONENT python
           FILES_MATCHING PATTERN "*.py" PATTERN "*.pyi" PATTERN "py.typed"
   )
+  install(FILES docs/python.md DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/doc/python3-sdblk"
+          COMPONENT python)
 endif()
 if(TARGET sdblk_command)
   install(TARGETS sdblk_command RUNTIME COMPONENT companion)
@@ -71,6 +73,12 @@ if(TARGET sdblk_command)
           RENAME sdblk COMPONENT companion
   )
   install(FILES completions/_sdblk DESTINATION "${TARVIK_ZSH_COMPLETION_DIR}" COMPONENT companion)
+  install(FILES docs/archive.md docs/data.md docs/stationxml.md docs/whole.md
+          DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/doc/sdblk" COMPONENT companion
+  )
+  install(DIRECTORY examples/archive
+          DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/doc/sdblk/examples" COMPONENT companion
+  )
 endif()
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/tarvik")

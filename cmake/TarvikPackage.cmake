@@ -48,8 +48,8 @@ if(TARGET sdblk_command)
       "writes what SEED volumes hold as data
 ${volume_text}
 This command reads volumes to their last byte, damaged ones too, and writes
-their fields, channels, responses and stretches of data as JSON Lines or
-comma-separated values, from one file or from millions."
+their fields, channels, responses and stretches of data as JSON Lines,
+comma-separated values or StationXML, from one file or from millions."
   )
 endif()
 

@@ -67,6 +67,7 @@ need_tests() {
   need libxml2-utils has xmllint
   need jq has jq
   need sqlite3 has sqlite3
+  need parallel has parallel
   need pkg-config has pkg-config
   # For the manual pages and the completions.
   need mandoc has mandoc
