@@ -15,6 +15,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tests/util/station_blockettes.h"
 #include "tests/util/volume_writer.h"
 
 namespace {
@@ -145,47 +146,29 @@ void add_dictionaries(VolumeWriter *writer) {
 }
 
 ControlBlockette station(int number) {
-  return ControlBlockette(50)
-      .fixed("S" + std::to_string(1000 + number), 5)
-      .coordinate(-80 + number % 160, volume::kLatitude)
-      .coordinate(-170 + number % 340, volume::kLongitude)
-      .coordinate(number % 3000, volume::kElevation)
-      .digits(6, 4)
-      .digits(0, 3)
-      .var("A site with the number " + std::to_string(number))
-      .digits(1, 3)
-      .digits(3210, 4)
-      .digits(10, 2)
-      .var(Time{2001, 1})
-      .var("")
-      .fixed("N", 1)
-      .fixed("XX", 2);
+  return volume::b50({.code = "S" + std::to_string(1000 + number),
+                      .latitude = -80.0 + number % 160,
+                      .longitude = -170.0 + number % 340,
+                      .elevation = static_cast<double>(number % 3000),
+                      .channels = 6,
+                      .site = "A site with the number " + std::to_string(number),
+                      .begin = volume::seed_time(2001, 1)});
 }
 
 ControlBlockette channel(int number, int index) {
-  return ControlBlockette(52)
-      .fixed(index < 3 ? "" : "00", 2)
-      .fixed(std::array{"BHZ", "BHN", "BHE"}[static_cast<std::size_t>(index) % 3], 3)
-      .digits(0, 4)
-      .digits(2 + number % 199, 3)
-      .var("")
-      .digits(1, 3)
-      .digits(2, 3)
-      .coordinate(-80 + number % 160, volume::kLatitude)
-      .coordinate(-170 + number % 340, volume::kLongitude)
-      .coordinate(number % 3000, volume::kElevation)
-      .coordinate(2.5, volume::kLocalDepth)
-      .coordinate(90.0 * (index % 3), volume::kAzimuth)
-      .coordinate(index % 3 == 0 ? -90 : 0, volume::kDip)
-      .digits(1, 4)
-      .digits(12, 2)
-      .real(20.0, volume::kReal10)
-      .real(0.0001, volume::kReal10)
-      .digits(0, 4)
-      .var("CG")
-      .var(Time{2001, 1})
-      .var("")
-      .fixed("N", 1);
+  return volume::b52({.location = index < 3 ? "" : "00",
+                      .code = std::array{"BHZ", "BHN", "BHE"}[static_cast<std::size_t>(index) % 3],
+                      .instrument = 2 + number % 199,
+                      .calibration_units = 2,
+                      .latitude = -80.0 + number % 160,
+                      .longitude = -170.0 + number % 340,
+                      .elevation = static_cast<double>(number % 3000),
+                      .depth = 2.5,
+                      .azimuth = 90.0 * (index % 3),
+                      .dip = index % 3 == 0 ? -90.0 : 0.0,
+                      .length_exponent = 12,
+                      .drift = 0.0001,
+                      .begin = volume::seed_time(2001, 1)});
 }
 
 void add_responses(VolumeWriter *writer) {

@@ -17,6 +17,7 @@
 
 #include "seed/sdblk.h"
 #include "tests/cmd/hostile_volumes.h"
+#include "tests/util/station_blockettes.h"
 #include "tests/util/volume_writer.h"
 
 namespace {
@@ -89,47 +90,21 @@ void add_dictionary(VolumeWriter *out) {
 }
 
 ControlBlockette station() {
-  return ControlBlockette(50)
-      .fixed("DYNGA", 5)
-      .coordinate(64.9, volume::kLatitude)
-      .coordinate(-16.9, volume::kLongitude)
-      .coordinate(688, volume::kElevation)
-      .digits(1, 4)
-      .digits(1, 3)
-      .var("Dyngja")
-      .digits(1, 3)
-      .digits(3210, 4)
-      .digits(10, 2)
-      .var(Time{})
-      .var("")
-      .fixed("N", 1)
-      .fixed("XX", 2);
+  return volume::b50({.latitude = 64.9,
+                      .longitude = -16.9,
+                      .comments = 1,
+                      .site = "Dyngja",
+                      .begin = volume::seed_time(Time{})});
 }
 
-ControlBlockette channel(std::string_view code) {
-  return ControlBlockette(52)
-      .fixed("00", 2)
-      .fixed(code, 3)
-      .digits(0, 4)
-      .digits(1, 3)
-      .var("")
-      .digits(1, 3)
-      .digits(1, 3)
-      .coordinate(64.9, volume::kLatitude)
-      .coordinate(-16.9, volume::kLongitude)
-      .coordinate(688, volume::kElevation)
-      .coordinate(1, volume::kLocalDepth)
-      .coordinate(0, volume::kAzimuth)
-      .coordinate(-90, volume::kDip)
-      .digits(1, 4)
-      .digits(9, 2)
-      .real(20, volume::kReal10)
-      .real(0, volume::kReal10)
-      .digits(0, 4)
-      .var("CG")
-      .var(Time{})
-      .var("")
-      .fixed("N", 1);
+ControlBlockette channel(const std::string &code) {
+  return volume::b52({.location = "00",
+                      .code = code,
+                      .calibration_units = 1,
+                      .latitude = 64.9,
+                      .longitude = -16.9,
+                      .depth = 1,
+                      .begin = volume::seed_time(Time{})});
 }
 
 ControlBlockette references() {

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tests/util/station_blockettes.h"
 #include "tests/util/volume_writer.h"
 
 namespace {
@@ -308,22 +309,18 @@ void write_abbreviations(VolumeWriter &out) {
 
 ControlBlockette station_header(const Station &station, int channels, int comments,
                                 ByteOrder order) {
-  const bool big = order == ByteOrder::kBig;
-  return ControlBlockette(50)
-      .fixed(station.code, 5)
-      .coordinate(station.latitude, volume::kLatitude)
-      .coordinate(station.longitude, volume::kLongitude)
-      .coordinate(station.elevation, volume::kElevation)
-      .digits(channels, 4)
-      .digits(comments, 3)
-      .var(station.site)
-      .digits(kNetworkName, 3)
-      .raw(big ? "3210" : "0123")
-      .raw(big ? "10" : "01")
-      .var(station.since)
-      .var(kOpenEnd)
-      .fixed("N", 1)
-      .fixed(kNetwork, 2);
+  return volume::b50({.code = std::string(station.code),
+                      .latitude = station.latitude,
+                      .longitude = station.longitude,
+                      .elevation = station.elevation,
+                      .channels = channels,
+                      .comments = comments,
+                      .site = std::string(station.site),
+                      .network_name = kNetworkName,
+                      .word_orders = order == ByteOrder::kBig ? "321010" : "012301",
+                      .begin = volume::seed_time(station.since),
+                      .end = std::string(kOpenEnd),
+                      .network = std::string(kNetwork)});
 }
 
 struct Channel {
@@ -345,29 +342,26 @@ struct Channel {
 };
 
 ControlBlockette channel_header(const Station &station, const Channel &channel) {
-  return ControlBlockette(52)
-      .fixed(channel.loc, 2)
-      .fixed(channel.code, 3)
-      .digits(0, 4)
-      .digits(channel.instrument, 3)
-      .var(channel.remark)
-      .digits(channel.signal, 3)
-      .digits(channel.signal == kVelocity ? kVolts : kNone, 3)
-      .coordinate(station.latitude, volume::kLatitude)
-      .coordinate(station.longitude, volume::kLongitude)
-      .coordinate(station.elevation, volume::kElevation)
-      .coordinate(channel.depth, volume::kLocalDepth)
-      .coordinate(channel.azimuth, volume::kAzimuth)
-      .coordinate(channel.dip, volume::kDip)
-      .digits(channel.format, 4)
-      .digits(channel.length_exponent, 2)
-      .real(channel.rate, volume::kReal10)
-      .real(channel.rate > 0 ? 1e-5 : 0, volume::kReal10)
-      .digits(channel.comments, 4)
-      .var(channel.flags)
-      .var(channel.begin)
-      .var(channel.end)
-      .fixed("N", 1);
+  return volume::b52({.location = std::string(channel.loc),
+                      .code = std::string(channel.code),
+                      .instrument = channel.instrument,
+                      .remark = std::string(channel.remark),
+                      .signal_units = channel.signal,
+                      .calibration_units = channel.signal == kVelocity ? kVolts : kNone,
+                      .latitude = station.latitude,
+                      .longitude = station.longitude,
+                      .elevation = station.elevation,
+                      .depth = channel.depth,
+                      .azimuth = channel.azimuth,
+                      .dip = channel.dip,
+                      .format = channel.format,
+                      .length_exponent = channel.length_exponent,
+                      .rate = channel.rate,
+                      .drift = channel.rate > 0 ? 1e-5 : 0,
+                      .comments = channel.comments,
+                      .flags = std::string(channel.flags),
+                      .begin = channel.begin,
+                      .end = channel.end});
 }
 
 // Station and channel comments (51, 59) have the same fields.

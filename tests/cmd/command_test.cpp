@@ -11,6 +11,7 @@
 #include <string>
 
 #include "tests/cmd/command_fixture.h"
+#include "tests/util/station_blockettes.h"
 #include "tests/util/without_rights.h"
 
 namespace {
@@ -50,22 +51,8 @@ ControlBlockette unknown_blockette() {  // 10 bytes
   return ControlBlockette(63).raw("xyz");
 }
 
-ControlBlockette station(std::string_view code) {  // 74 bytes
-  return ControlBlockette(50)
-      .fixed(code, 5)
-      .coordinate(64.9931, volume::kLatitude)
-      .coordinate(-16.9124, volume::kLongitude)
-      .coordinate(688, volume::kElevation)
-      .digits(1, 4)
-      .digits(0, 3)
-      .var("Site")
-      .digits(1, 3)
-      .raw("3210")
-      .raw("10")
-      .var("2021,001")
-      .var("")
-      .fixed("N", 1)
-      .fixed("XX", 2);
+ControlBlockette station(const std::string &code) {  // 74 bytes
+  return volume::b50({.code = code, .begin = "2021,001"});
 }
 
 DataRecord data_record() {

@@ -4,11 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "tests/cmd/command_fixture.h"
+#include "tests/util/station_blockettes.h"
 
 using namespace tarvik;
 
@@ -29,68 +31,45 @@ ControlBlockette generic_abbreviation(int code, std::string_view text) {
 }
 
 struct Station {
-  std::string_view code = "DYNGA";
-  std::string_view site = "Dyngja Flats";
-  int network_code = 1;
-  std::string_view begin = "2018,120,04:05:06.9999";
-  std::string_view end = "2020,366,23:59:59";
+  std::string code = "DYNGA";
+  int network_name = 1;
+  std::string begin = "2018,120,04:05:06.9999";
+  std::string end = "2020,366,23:59:59";
+  std::optional<std::string> network = "XX";
 };
 
-// Up to the update flag: what follows is the network.
-ControlBlockette station_without_network(const Station &station) {
-  return ControlBlockette(50)
-      .fixed(station.code, 5)
-      .coordinate(64.9931, volume::kLatitude)
-      .coordinate(-16.91232, volume::kLongitude)
-      .coordinate(-12.5, volume::kElevation)
-      .digits(1, 4)
-      .digits(0, 3)
-      .var(station.site)
-      .digits(station.network_code, 3)
-      .raw("3210")
-      .raw("10")
-      .var(station.begin)
-      .var(station.end)
-      .fixed("N", 1);
-}
-
 ControlBlockette station(const Station &station) {
-  return station_without_network(station).fixed("XX", 2);
+  return volume::b50({.code = station.code,
+                      .longitude = -16.91232,
+                      .elevation = -12.5,
+                      .site = "Dyngja Flats",
+                      .network_name = station.network_name,
+                      .begin = station.begin,
+                      .end = station.end,
+                      .network = station.network});
 }
 
 struct Channel {
-  std::string_view loc = "00";
-  std::string_view code = "BHZ";
+  std::string loc = "00";
+  std::string code = "BHZ";
   int instrument = 2;
   int units = 3;
-  std::string_view begin = "2018,120";
-  std::string_view end = {};
+  std::string begin = "2018,120";
+  std::string end = {};
 };
 
 ControlBlockette channel(const Channel &channel) {
-  return ControlBlockette(52)
-      .fixed(channel.loc, 2)
-      .fixed(channel.code, 3)
-      .digits(0, 4)
-      .digits(channel.instrument, 3)
-      .var("Remark")
-      .digits(channel.units, 3)
-      .digits(0, 3)
-      .coordinate(64.9931, volume::kLatitude)
-      .coordinate(-16.9124, volume::kLongitude)
-      .coordinate(688, volume::kElevation)
-      .coordinate(2.5, volume::kLocalDepth)
-      .coordinate(271.5, volume::kAzimuth)
-      .coordinate(-45.5, volume::kDip)
-      .digits(1, 4)
-      .digits(9, 2)
-      .real(0.125, volume::kReal10)
-      .real(0, volume::kReal10)
-      .digits(0, 4)
-      .var("CG")
-      .var(channel.begin)
-      .var(channel.end)
-      .fixed("N", 1);
+  return volume::b52({.location = channel.loc,
+                      .code = channel.code,
+                      .instrument = channel.instrument,
+                      .remark = "Remark",
+                      .signal_units = channel.units,
+                      .depth = 2.5,
+                      .azimuth = 271.5,
+                      .dip = -45.5,
+                      .rate = 0.125,
+                      .begin = channel.begin,
+                      .end = channel.end});
 }
 
 // A response blockette that ends behind its stage.  Types 53, 54, 56 and 62 have fields in front.
@@ -171,7 +150,7 @@ TEST_F(StationDump, StationIsOneLine) {
 }
 
 TEST_F(StationDump, ShortCodesArePadded) {
-  EXPECT_EQ(header(station_without_network({.code = "AB"}).fixed("X", 2)).summary(),
+  EXPECT_EQ(header(station({.code = "AB", .network = {}}).fixed("X", 2)).summary(),
             "X  AB    2018:120:04:05:06 2020:366:23:59:59\n");
 }
 
@@ -180,12 +159,12 @@ TEST_F(StationDump, EmptyTimesAreNull) {
 }
 
 TEST_F(StationDump, StationWithoutNetworkHasQuestionMarks) {
-  EXPECT_EQ(header(station_without_network({})).summary(),
+  EXPECT_EQ(header(station({.network = {}})).summary(),
             "\?\? DYNGA 2018:120:04:05:06 2020:366:23:59:59\n");
 }
 
 TEST_F(StationDump, BlankNetworkStaysBlank) {
-  EXPECT_EQ(header(station_without_network({}).fixed("", 2)).summary(),
+  EXPECT_EQ(header(station({.network = {}}).fixed("", 2)).summary(),
             "   DYNGA 2018:120:04:05:06 2020:366:23:59:59\n");
 }
 
@@ -214,7 +193,7 @@ TEST_F(StationDump, HigherVerbositySaysNoMore) {
 
 TEST_F(StationDump, UnknownNetworkCodeHasNoDescription) {
   abbreviation(generic_abbreviation(1, "Demonstration Network"));
-  EXPECT_EQ(header(station({.network_code = 2})).summary({"-v"}),
+  EXPECT_EQ(header(station({.network_name = 2})).summary({"-v"}),
             "XX DYNGA 2018:120:04:05:06 2020:366:23:59:59\n"
             "         Dyngja Flats : \n"
             "         64.9931 -16.9123 -12.500\n");

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tests/util/run_command.h"
+#include "tests/util/station_blockettes.h"
 #include "tests/util/volume_writer.h"
 
 namespace {
@@ -31,47 +32,27 @@ struct Years {
 };
 
 ControlBlockette station(const std::string &code, const Years &years) {
-  return ControlBlockette(50)
-      .fixed(code, 5)
-      .coordinate(48, volume::kLatitude)
-      .coordinate(8, volume::kLongitude)
-      .coordinate(500, volume::kElevation)
-      .digits(1, 4)
-      .digits(0, 3)
-      .var("A site")
-      .digits(1, 3)
-      .digits(3210, 4)
-      .digits(10, 2)
-      .var(years.begin())
-      .var(years.end())
-      .fixed("N", 1)
-      .fixed("XX", 2);
+  return volume::b50({.code = code,
+                      .latitude = 48,
+                      .longitude = 8,
+                      .elevation = 500,
+                      .site = "A site",
+                      .begin = years.begin(),
+                      .end = years.end()});
 }
 
 ControlBlockette channel(const std::string &code, const Years &years, double azimuth = 0) {
-  return ControlBlockette(52)
-      .fixed("00", 2)
-      .fixed(code, 3)
-      .digits(0, 4)
-      .digits(1, 3)
-      .var("")
-      .digits(1, 3)
-      .digits(2, 3)
-      .coordinate(48, volume::kLatitude)
-      .coordinate(8, volume::kLongitude)
-      .coordinate(500, volume::kElevation)
-      .coordinate(0, volume::kLocalDepth)
-      .coordinate(azimuth, volume::kAzimuth)
-      .coordinate(-90, volume::kDip)
-      .digits(1, 4)
-      .digits(9, 2)
-      .real(1.0, volume::kReal10)
-      .real(0.0001, volume::kReal10)
-      .digits(0, 4)
-      .var("CG")
-      .var(years.begin())
-      .var(years.end())
-      .fixed("N", 1);
+  return volume::b52({.location = "00",
+                      .code = code,
+                      .calibration_units = 2,
+                      .latitude = 48,
+                      .longitude = 8,
+                      .elevation = 500,
+                      .azimuth = azimuth,
+                      .rate = 1,
+                      .drift = 0.0001,
+                      .begin = years.begin(),
+                      .end = years.end()});
 }
 
 // The gain of a stage; of stage 0 the sensitivity.

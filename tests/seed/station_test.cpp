@@ -15,6 +15,7 @@
 #include "support/arena.h"
 #include "support/epoch.h"
 #include "tests/util/log_capture.h"
+#include "tests/util/station_blockettes.h"
 #include "tests/util/volume_writer.h"
 
 using namespace tarvik;
@@ -37,21 +38,9 @@ struct Years {
 std::string first_day(int year) { return year == 0 ? "" : volume::seed_time(year, 1); }
 double epoch_of(int year) { return h2e(year, 1, 0, 0, 0.0); }
 
-ControlBlockette station(std::string_view sta, Years years = {}, std::string_view net = "XX") {
-  return ControlBlockette(50)
-      .fixed(sta, 5)
-      .coordinate(50, volume::kLatitude)
-      .coordinate(8, volume::kLongitude)
-      .coordinate(100, volume::kElevation)
-      .digits(1, 4)
-      .digits(0, 3)
-      .var("Somewhere")
-      .digits(1, 3)
-      .raw("321010")
-      .var(first_day(years.begin))
-      .var(first_day(years.end))
-      .fixed("N", 1)
-      .fixed(net, 2);
+ControlBlockette station(const std::string &sta, Years years = {}, const std::string &net = "XX") {
+  return volume::b50(
+      {.code = sta, .begin = first_day(years.begin), .end = first_day(years.end), .network = net});
 }
 
 ControlBlockette comment(int type, Years years = {}) {
@@ -62,30 +51,11 @@ ControlBlockette comment(int type, Years years = {}) {
       .digits(0, 6);
 }
 
-ControlBlockette channel(std::string_view loc, std::string_view chan, Years years = {}) {
-  return ControlBlockette(52)
-      .fixed(loc, 2)
-      .fixed(chan, 3)
-      .digits(0, 4)
-      .digits(1, 3)
-      .var("")
-      .digits(1, 3)
-      .digits(0, 3)
-      .coordinate(50, volume::kLatitude)
-      .coordinate(8, volume::kLongitude)
-      .coordinate(100, volume::kElevation)
-      .coordinate(0, volume::kLocalDepth)
-      .coordinate(0, volume::kAzimuth)
-      .coordinate(-90, volume::kDip)
-      .digits(1, 4)
-      .digits(9, 2)
-      .real(20, volume::kReal10)
-      .real(0, volume::kReal10)
-      .digits(0, 4)
-      .var("CG")
-      .var(first_day(years.begin))
-      .var(first_day(years.end))
-      .fixed("N", 1);
+ControlBlockette channel(const std::string &loc, const std::string &chan, Years years = {}) {
+  return volume::b52({.location = loc,
+                      .code = chan,
+                      .begin = first_day(years.begin),
+                      .end = first_day(years.end)});
 }
 
 // A response: nothing of it is looked at but its type.

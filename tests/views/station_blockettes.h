@@ -5,6 +5,7 @@
 #include <initializer_list>
 #include <string>
 
+#include "tests/util/station_blockettes.h"
 #include "tests/util/volume_writer.h"
 
 namespace station_blockettes {
@@ -18,48 +19,29 @@ inline ControlBlockette unit(int code, const std::string &name) {
 }
 
 inline ControlBlockette station(const std::string &code, const Time &start = {2020, 1}) {
-  return ControlBlockette(50)
-      .fixed(code, 5)
-      .coordinate(64.99, volume::kLatitude)
-      .coordinate(-16.5, volume::kLongitude)
-      .coordinate(688, volume::kElevation)
-      .digits(1, 4)
-      .digits(0, 3)
-      .var("Askja, north")
-      .digits(1, 3)
-      .digits(3210, 4)
-      .digits(10, 2)
-      .var(start)
-      .var("")
-      .fixed("N", 1)
-      .fixed("XX", 2);
+  return volume::b50({.code = code,
+                      .latitude = 64.99,
+                      .longitude = -16.5,
+                      .site = "Askja, north",
+                      .begin = volume::seed_time(start)});
 }
 
 inline ControlBlockette channel(const std::string &code, const std::string &location = "",
                                 const std::string &end = "") {
-  return ControlBlockette(52)
-      .fixed(location, 2)
-      .fixed(code, 3)
-      .digits(0, 4)
-      .digits(2, 3)
-      .var("\"new\"")
-      .digits(1, 3)
-      .digits(2, 3)
-      .coordinate(65, volume::kLatitude)
-      .coordinate(-16.25, volume::kLongitude)
-      .coordinate(700.5, volume::kElevation)
-      .coordinate(2.5, volume::kLocalDepth)
-      .coordinate(90, volume::kAzimuth)
-      .coordinate(-90, volume::kDip)
-      .digits(1, 4)
-      .digits(12, 2)
-      .real(20, volume::kReal10)
-      .real(0.0001, volume::kReal10)
-      .digits(0, 4)
-      .var("CG")
-      .var(Time{2021, 75, 6, 15, 52, 6000})
-      .var(end)
-      .fixed("N", 1);
+  return volume::b52({.location = location,
+                      .code = code,
+                      .instrument = 2,
+                      .remark = "\"new\"",
+                      .calibration_units = 2,
+                      .latitude = 65,
+                      .longitude = -16.25,
+                      .elevation = 700.5,
+                      .depth = 2.5,
+                      .azimuth = 90,
+                      .length_exponent = 12,
+                      .drift = 0.0001,
+                      .begin = volume::seed_time(2021, 75, 6, 15, 52, 6000),
+                      .end = end});
 }
 
 inline ControlBlockette comment(int type, int code, const Time &start, int level) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tests/util/run_command.h"
+#include "tests/util/station_blockettes.h"
 #include "tests/util/volume_writer.h"
 #include "tests/views/station_blockettes.h"
 #include "tests/views/view_lines.h"
@@ -316,21 +317,13 @@ TEST(StationXml, MinusZeroStays) {
 // ---- networks ----
 
 ControlBlockette station_of(const std::string &code, int network_text) {
-  return ControlBlockette(50)
-      .fixed(code, 5)
-      .coordinate(1, volume::kLatitude)
-      .coordinate(2, volume::kLongitude)
-      .coordinate(3, volume::kElevation)
-      .digits(0, 4)
-      .digits(0, 3)
-      .var("Site")
-      .digits(network_text, 3)
-      .digits(3210, 4)
-      .digits(10, 2)
-      .var(Time{2020, 1})
-      .var("")
-      .fixed("N", 1)
-      .fixed(code.substr(0, 2), 2);
+  return volume::b50({.code = code,
+                      .latitude = 1,
+                      .longitude = 2,
+                      .elevation = 3,
+                      .channels = 0,
+                      .network_name = network_text,
+                      .network = code.substr(0, 2)});
 }
 
 TEST(StationXml, FirstTextIsTheNetworksAndAnotherTheStations) {

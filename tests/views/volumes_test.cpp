@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "tests/util/station_blockettes.h"
 #include "tests/util/volume_writer.h"
 #include "tests/views/view_lines.h"
 
@@ -70,22 +71,8 @@ ControlBlockette label(int exponent = 8) {
       .var("A label");
 }
 
-ControlBlockette station(std::string_view code, std::string_view network = "XX") {
-  return ControlBlockette(50)
-      .fixed(code, 5)
-      .coordinate(64.99, volume::kLatitude)
-      .coordinate(-16.5, volume::kLongitude)
-      .coordinate(688, volume::kElevation)
-      .digits(1, 4)
-      .digits(0, 3)
-      .var("Site")
-      .digits(1, 3)
-      .digits(3210, 4)
-      .digits(10, 2)
-      .var(Time{2020, 1})
-      .var("")
-      .fixed("N", 1)
-      .fixed(network, 2);
+ControlBlockette station(const std::string &code, const std::string &network = "XX") {
+  return volume::b50({.code = code, .network = network});
 }
 
 ControlBlockette channel(std::string_view code, std::string_view location = "") {
