@@ -31,16 +31,19 @@ file(RENAME "${WORK_DIR}/installed" "${stage}")
 
 # Every header compiles alone, from the installed files only.
 set(include_dir "${stage}/include/tarvik")
-file(GLOB_RECURSE headers RELATIVE "${include_dir}" "${include_dir}/*.h")
-if(NOT "seed/sdblk.h" IN_LIST headers OR NOT "seed/getv.h" IN_LIST headers)
-  message(FATAL_ERROR "Not all public headers are installed: ${headers}")
-endif()
+file(GLOB_RECURSE headers RELATIVE "${include_dir}" "${include_dir}/*.h" "${include_dir}/*.hpp")
+set(cxx_headers seed/getv.h seed/sdblk.hpp)
+foreach(header IN ITEMS seed/sdblk.h seed/whole.h ${cxx_headers})
+  if(NOT header IN_LIST headers)
+    message(FATAL_ERROR "The public header ${header} is not installed, only ${headers}.")
+  endif()
+endforeach()
 foreach(header IN LISTS headers)
   file(WRITE "${WORK_DIR}/alone.cpp" "#include \"${header}\"\n")
   must("C++17: ${header}" "${CXX}" -std=c++17 -Wall -Wextra -Wpedantic -Werror -fsyntax-only
        "-I${include_dir}" "${WORK_DIR}/alone.cpp"
   )
-  if(header STREQUAL "seed/getv.h")
+  if(header IN_LIST cxx_headers)
     continue()
   endif()
   file(WRITE "${WORK_DIR}/alone.c" "#include \"${header}\"\nextern int not_empty;\n")
@@ -72,6 +75,9 @@ must("The consumer" "${WORK_DIR}/consumer/consumer")
 if(EXISTS "${WORK_DIR}/consumer/consumer_shared")
   must("The consumer of the shared library" "${WORK_DIR}/consumer/consumer_shared")
 endif()
+foreach(standard IN ITEMS 17 20)
+  must("The consumer in C++${standard}" "${WORK_DIR}/consumer/consumer_cxx${standard}")
+endforeach()
 
 # Once more without C++, whose runtime the static library needs nevertheless.
 file(COPY "${SOURCE_DIR}/tests/consumer/consumer.c" DESTINATION "${WORK_DIR}/plain")
@@ -82,7 +88,7 @@ build_project("${WORK_DIR}/plain" "${WORK_DIR}/plain/build")
 must("The consumer without C++" "${WORK_DIR}/plain/build/consumer")
 
 build_project("${stage}/share/doc/tarvik/examples" "${WORK_DIR}/examples")
-foreach(program IN ITEMS stations channels)
+foreach(program IN ITEMS stations channels inspect)
   must("The example ${program}" "${WORK_DIR}/examples/${program}" "${SOURCE_DIR}/samples/demo.seed")
 endforeach()
 
