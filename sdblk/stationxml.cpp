@@ -95,8 +95,9 @@ class DocumentRun {
   void take(const FolderWalk::Found &found);
   void read(const std::string &name, const std::string &path, bool spooled);
   Status write();
+  [[nodiscard]] bool has_failed() const { return unreadable_ || (document_.strict && lossy_); }
   [[nodiscard]] Status status() const {
-    if (unreadable_ || (document_.strict && lossy_)) return kFailed;
+    if (has_failed()) return kFailed;
     return damaged_ ? kDamaged : kAllRead;
   }
 
@@ -132,7 +133,7 @@ Status DocumentRun::make() {
   if (!read_files()) return kFailed;
   if (!xml_.is_empty()) return write();
   complain("there is nothing to be written");
-  return unreadable_ ? kFailed : kAllRead;
+  return has_failed() ? kFailed : kAllRead;
 }
 
 bool DocumentRun::read_files() {

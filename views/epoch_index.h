@@ -40,6 +40,8 @@ class EpochKey {
   Ticks start_ = 0;
 };
 
+inline constexpr std::int32_t kLostEpoch = -1;
+
 struct IndexedEpoch {
   EpochKey key;
   SDBlkPlace place;         // of its blockette 50 or 52
@@ -47,7 +49,9 @@ struct IndexedEpoch {
   // The last block that belongs to it, counted from its first; 0 for none but that.
   std::int32_t last = 0;
   std::int32_t station = 0;  // of a channel: its station's position
-  std::int32_t same_as = 0;  // the position of the first that it equals: its own, at first
+  // The position of the first that it equals: its own, at first; kLostEpoch for one that equals
+  // none, because it cannot be written.
+  std::int32_t same_as = 0;
   std::uint64_t digest = 0;  // of its elements, where another one has the same key
 };
 static_assert(sizeof(IndexedEpoch) <= 92);
@@ -57,6 +61,8 @@ class EpochIndex {
  public:
   // The position of what is added; it stays the last one until the next.
   std::int32_t add(const IndexedEpoch &epoch);
+  // Marks one that cannot be written.
+  void lose(std::int32_t position) { (*this)[position].same_as = kLostEpoch; }
   [[nodiscard]] std::int32_t count() const { return static_cast<std::int32_t>(epochs_.size()); }
   IndexedEpoch &operator[](std::int32_t position) {
     return epochs_[static_cast<std::size_t>(position)];

@@ -16,6 +16,7 @@ namespace {
 constexpr std::int32_t kNoStage = std::numeric_limits<std::int32_t>::max();
 constexpr std::int32_t kCorners = 56;
 constexpr std::int32_t kDecimation = 57;
+constexpr std::int32_t kFir = 61;
 constexpr std::int32_t kPolynomial = 62;
 
 constexpr XmlPath kPolynomialPath = {&kResponsePath, "InstrumentPolynomial"};
@@ -139,7 +140,7 @@ struct UnitFields {
 const UnitFields &units_of(std::int32_t type) {
   static const std::map<std::int32_t, UnitFields> all = [] {
     std::map<std::int32_t, UnitFields> fields;
-    for (const std::int32_t filter : {53, 54, 55, kCorners, 61, kPolynomial}) {
+    for (const std::int32_t filter : {53, 54, 55, kCorners, kFir, kPolynomial}) {
       fields.emplace(filter, filter);
     }
     return fields;
@@ -147,10 +148,16 @@ const UnitFields &units_of(std::int32_t type) {
   return all.at(type);
 }
 
-// The element of a filter; a polynomial of stage 0 is that of the whole response.
-XmlPath filter_path(std::int32_t number, std::int32_t type) {
+// The element of a blockette; polynomial and gain of stage 0 are those of the whole response.
+XmlPath path_of(std::int32_t number, std::int32_t type) {
   if (number == 0 && type == kPolynomial) return kPolynomialPath;
+  if (number == 0 && type == kGainType) return kSensitivityPath;
   return {&kStagePath, shape_of(type).element};
+}
+
+std::int32_t stage_of(const Response &response) {
+  const SDBlkEntry *entry = ResponseField(response.type, "stage").in(response);
+  return entry == nullptr ? kNoStage : entry->value.i;
 }
 
 bool is_single(std::int32_t type) { return type == kDecimation || type == kGainType; }
@@ -198,9 +205,11 @@ class Elements {
   void put(const SDBlk &block, const SDBlkEntry &entry) {
     fields_ = entry.def->sub;
     for (std::int32_t i = 0; i < entry.count; ++i) {
-      const Part *lost = repeated_.parts.empty() ? put_element(entry.value.da[i])
-                                                 : put_repetition(entry.value.ea[i]);
-      if (lost != nullptr) lose(block, *lost);
+      if (repeated_.parts.empty()) {
+        put_element(block, entry.value.da[i]);
+      } else {
+        put_repetition(block, entry.value.ea[i]);
+      }
       ++number_;
       values_.xml().flush_much();
     }
@@ -217,35 +226,38 @@ class Elements {
     return {indent + '<' + element, std::string("</") + element + ">"};
   }
   // An element of which a part cannot be written is left out.
-  void lose(const SDBlk &block, const Part &part) const {
-    const XmlPath inner = {&path_, part.element};
-    values_.lose(block, part.element == nullptr ? path_ : inner,
-                 "number " + std::to_string(number_) + " cannot be written");
+  void lose(const SDBlk &block, const XmlPath &path) const {
+    values_.lose(block, path, "number " + std::to_string(number_) + " cannot be written");
   }
-  // Each returns the part that cannot be written, or nullptr.
-  const Part *put_element(double value) {
-    static constexpr Part kItself = {0, kNoError, nullptr, kAny};
-    if (std::isnan(value)) return &kItself;
+  void put_element(const SDBlk &block, double value) {
+    if (std::isnan(value)) {
+      lose(block, path_);
+      return;
+    }
     char *out = put_text(text_->reserve(room_), outer_.open);
     text_->commit(put_text(put_value(out, value, nullptr), outer_.close));
-    return nullptr;
   }
-  const Part *put_repetition(const Arr *repetition) {
+  void put_repetition(const SDBlk &block, const Arr *repetition) {
     char *out = put_text(text_->reserve(room_), outer_.open);
     if (repeated_.is_numbered) {
       out = put_char(put_integer(put_text(out, R"( number=")"), number_), '"');
     }
     if (nested_) out = put_char(out, '>');
+    bool good = true;
     for (std::size_t i = 0; i < repeated_.parts.size(); ++i) {
       const Part &part = repeated_.parts[i];
       const double *value = number_at(repetition, part.value);
-      if (value == nullptr || !(std::fabs(*value) <= part.most)) return &part;
+      if (value == nullptr || !(std::fabs(*value) <= part.most)) {
+        const XmlPath inner = {&path_, part.element};
+        lose(block, part.element == nullptr ? path_ : inner);
+        good = false;
+        continue;
+      }
       const double *error = part.error == kNoError ? nullptr : number_at(repetition, part.error);
       out = put_value(put_text(out, inner_[i].open), *value, error);
       out = put_text(out, inner_[i].close);
     }
-    text_->commit(put_text(out, outer_.close));
-    return nullptr;
+    if (good) text_->commit(put_text(out, outer_.close));
   }
   [[nodiscard]] const double *number_at(const Arr *repetition, std::int32_t position) const {
     const SDBlkEntry *entry = sdblk_entry_at(repetition, fields_, position);
@@ -268,19 +280,19 @@ class Elements {
 
 // ---- blockettes are taken ----
 
-bool ResponseXml::add(const SDBlk &block) {
+bool ResponseXml::add(const SDBlk &block, const SDBlkPlace &place) {
   bool kept = false;
   for_each_response(block, [&](const Response &response) {
     const bool own = response.block == &block;
-    if (add(response) == Fate::kept && own) kept = true;
+    if (add(response, place) && own) kept = true;
     return true;
   });
   return kept;
 }
 
-ResponseXml::Fate ResponseXml::add(const Response &response) {
-  const SDBlkEntry *entry = ResponseField(response.type, "stage").in(response);
-  const std::int32_t number = entry == nullptr ? kNoStage : entry->value.i;
+// True when the block is kept.
+bool ResponseXml::add(const Response &response, const SDBlkPlace &place) {
+  const std::int32_t number = stage_of(response);
   const auto [found, is_new] = stages_.try_emplace(number);
   Stage &stage = found->second;
   if (is_new) stage.offset = response.block->file_offset;
@@ -289,16 +301,18 @@ ResponseXml::Fate ResponseXml::add(const Response &response) {
     const SDBlk *output = output_of(response);
     if (output != nullptr) stage.last_output = output;
   }
-  if (goes_on(response, &stage)) {
-    if (stage.last_fate == Fate::kept) stage.filter.push_back(response.block);
-    return stage.last_fate;
+  if (goes_on(response, &stage.last)) {
+    if (stage.last.is_kept) ++stage.filter.parts;
+    return false;
   }
-  stage.last_fate = add_to_stage(response, number, &stage);
-  return stage.last_fate;
+  First *first = add_to_stage(response, number, &stage);
+  if (first != nullptr) first->place = place;
+  stage.last.is_kept = first != nullptr;
+  return first != nullptr;
 }
 
 // Whether a blockette is a further part of the one before it in the stage.
-bool ResponseXml::goes_on(const Response &response, Stage *stage) {
+bool ResponseXml::goes_on(const Response &response, Last *last) {
   head_.clear();
   std::int32_t position = -1;
   for (const FieldUse &use : uses_of(response.type)) {
@@ -308,74 +322,44 @@ bool ResponseXml::goes_on(const Response &response, Stage *stage) {
     put_response_value(&head_, response, *entry, *use.field);
   }
   const std::int32_t from = response.block->blockette_type;
-  const bool same = may_be_split(response.type) && response.type == stage->last_type &&
-                    from == stage->last_from && head_.text() == stage->last_head;
-  stage->last_type = response.type;
-  stage->last_from = from;
-  if (!same) stage->last_head = head_.text();
+  const bool same = may_be_split(response.type) && response.type == last->type &&
+                    from == last->from && head_.text() == last->head;
+  last->type = response.type;
+  last->from = from;
+  if (!same) last->head = head_.text();
   return same;
 }
 
-ResponseXml::Fate ResponseXml::add_to_stage(const Response &response, std::int32_t number,
-                                            Stage *stage) {
+// What the blockette is the first of in its stage; nullptr when it is lost.
+ResponseXml::First *ResponseXml::add_to_stage(const Response &response, std::int32_t number,
+                                              Stage *stage) {
   if (response.type == kCorners) {
     values_.lose(*response.block, kStagePath,
                  "blockette 56 in " + in_stage(number) + " has no counterpart");
-    return Fate::lost;
+    return nullptr;
   }
   if (number < 0 || number == kNoStage) {
     values_.lose(*response.block, kStagePath,
                  number == kNoStage ? "the stage has no number" : in_stage(number) + " is below 0");
-    return Fate::lost;
+    return nullptr;
   }
-  if (response.type == kDecimation) return add_single(response, number, &stage->decimation);
-  if (response.type != kGainType) return add_filter(response, number, stage);
-  if (number == 0) return add_sensitivity(response, stage);
-  const Fate fate = add_single(response, number, &stage->gain);
-  if (fate == Fate::lost) stage->lost_gain = true;
-  return fate;
+  const XmlPath path = path_of(number, response.type);
+  First *first = stage->first(response.type);
+  if (first->type != 0) {
+    const char *another =
+        is_single(response.type) ? " has another one already" : " has another filter already";
+    values_.lose(*response.block, path, in_stage(number) + another);
+    return nullptr;
+  }
+  first->type = response.type;
+  if (!can_be_written(response, path)) return nullptr;
+  first->block = response.block;
+  return first;
 }
 
-ResponseXml::Fate ResponseXml::add_filter(const Response &response, std::int32_t number,
-                                          Stage *stage) {
-  const XmlPath path = filter_path(number, response.type);
-  if (stage->filter_type != 0) {
-    values_.lose(*response.block, path, in_stage(number) + " has another filter already");
-    return Fate::lost;
-  }
-  if (!can_be_written(response, path)) {
-    if (response.type == kPolynomial) stage->lost_polynomial = true;
-    return Fate::lost;
-  }
-  stage->filter_type = response.type;
-  stage->filter.push_back(response.block);
-  return Fate::kept;
-}
-
-ResponseXml::Fate ResponseXml::add_single(const Response &response, std::int32_t number,
-                                          const SDBlk **kept) {
-  const XmlPath path = {&kStagePath, shape_of(response.type).element};
-  if (*kept != nullptr) {
-    values_.lose(*response.block, path, in_stage(number) + " has another one already");
-    return Fate::lost;
-  }
-  if (!can_be_written(response, path)) return Fate::lost;
-  *kept = response.block;
-  return Fate::kept;
-}
-
-// The first is the sensitivity, whatever it says.
-ResponseXml::Fate ResponseXml::add_sensitivity(const Response &response, Stage *stage) {
-  if (stage->gain != nullptr || stage->lost_gain) {
-    values_.lose(*response.block, kSensitivityPath, "there is another sensitivity already");
-    return Fate::lost;
-  }
-  if (!can_be_written(response, kSensitivityPath)) {
-    stage->lost_gain = true;
-    return Fate::lost;
-  }
-  stage->gain = response.block;
-  return Fate::kept;
+ResponseXml::First *ResponseXml::Stage::first(std::int32_t type) {
+  if (type == kDecimation) return &decimation;
+  return type == kGainType ? &gain : &filter;
 }
 
 // Tells all that stands in the way.
@@ -421,25 +405,18 @@ void ResponseXml::open() {
 }
 
 void ResponseXml::write() {
-  const auto zero = stages_.find(0);
-  if (zero != stages_.end()) write_whole(zero->second);
   for (const auto &[number, stage] : stages_) {
-    if (number >= 0 && number != kNoStage) write_stage(number, stage);
+    if (number < 0 || number == kNoStage) continue;
+    if (stage.filter.type == kPolynomial) {
+      write_polynomial(number, stage);
+    } else {
+      if (number == 0 && stage.gain.block != nullptr) write_sensitivity(*stage.gain.block);
+      write_stage(number, stage);
+    }
   }
   if (is_open_) values_.xml().end();
   is_open_ = false;
   stages_.clear();
-}
-
-// What describes the whole response stands in stage 0.
-void ResponseXml::write_whole(const Stage &stage) {
-  if (stage.filter_type == kPolynomial) {
-    open();
-    write_filter(kPolynomialPath, stage);
-    lose_beside_polynomial(0, stage);
-  } else if (stage.gain != nullptr) {
-    write_sensitivity(*stage.gain);
-  }
 }
 
 void ResponseXml::write_sensitivity(const SDBlk &gain) {
@@ -461,41 +438,50 @@ void ResponseXml::write_sensitivity(const SDBlk &gain) {
   values_.xml().end();
 }
 
-void ResponseXml::write_stage(std::int32_t number, const Stage &stage) {
-  const bool has_filter = stage.filter_type != 0;
-  if (number == 0) {
-    // Its sensitivity and its polynomial are written already.
-    if (stage.filter_type == kPolynomial || (!has_filter && stage.decimation == nullptr)) return;
-  } else if (stage.filter_type != kPolynomial) {
-    // A stage whose gain cannot be written would have another one.
-    if (stage.gain == nullptr && stage.lost_gain) return;
-    // A polynomial is all of its stage.
-    if (stage.lost_polynomial && !has_filter && stage.decimation == nullptr &&
-        stage.gain == nullptr) {
-      return;
-    }
-  }
+void ResponseXml::begin_stage(std::int32_t number) {
   open();
   values_.xml().start("Stage");
   values_.xml().attribute("number", std::to_string(number));
-  if (has_filter) write_filter(filter_path(number, stage.filter_type), stage);
-  if (stage.filter_type == kPolynomial) {
-    lose_beside_polynomial(number, stage);
+}
+
+// A polynomial is all of its stage; that of stage 0 is that of the whole response.
+void ResponseXml::write_polynomial(std::int32_t number, const Stage &stage) {
+  for (const First *other : {&stage.decimation, &stage.gain}) {
+    if (other->block == nullptr) continue;
+    values_.lose(*other->block, path_of(number, other->type),
+                 in_stage(number) + " has a polynomial, beside which there is none");
+  }
+  if (stage.filter.block == nullptr) return;
+  if (number == 0) {
+    open();
+    write_filter(number, stage.filter);
   } else {
-    write_decimation_and_gain(number, stage);
+    begin_stage(number);
+    write_filter(number, stage.filter);
+    values_.xml().end();
+  }
+}
+
+// A stage without a polynomial.
+void ResponseXml::write_stage(std::int32_t number, const Stage &stage) {
+  if (number == 0) {
+    if (stage.filter.block == nullptr && stage.decimation.block == nullptr) return;
+  } else if (stage.gain.type != 0 && stage.gain.block == nullptr) {
+    return;  // it would have another gain
+  }
+  begin_stage(number);
+  if (stage.filter.block != nullptr) write_filter(number, stage.filter);
+  if (stage.decimation.block != nullptr) write_single(stage.decimation);
+  if (number != 0 && stage.gain.block != nullptr) {
+    write_single(stage.gain);
+  } else {
+    write_no_gain(number, stage);
   }
   values_.xml().end();
 }
 
-void ResponseXml::write_decimation_and_gain(std::int32_t number, const Stage &stage) {
-  if (stage.decimation != nullptr) {
-    write_single(shape_of(kDecimation).element, {kDecimation, stage.decimation, nullptr});
-  }
+void ResponseXml::write_no_gain(std::int32_t number, const Stage &stage) {
   const char *const element = shape_of(kGainType).element;
-  if (number != 0 && stage.gain != nullptr) {
-    write_single(element, {kGainType, stage.gain, nullptr});
-    return;
-  }
   values_.lose(stage.offset, {&kStagePath, element},
                in_stage(number) + " has no gain: 1 at frequency 0 is written");
   values_.xml().start(element);
@@ -504,19 +490,9 @@ void ResponseXml::write_decimation_and_gain(std::int32_t number, const Stage &st
   values_.xml().end();
 }
 
-void ResponseXml::lose_beside_polynomial(std::int32_t number, const Stage &stage) {
-  for (const SDBlk *block : {stage.decimation, stage.gain}) {
-    if (block == nullptr) continue;
-    const bool is_gain = block == stage.gain;
-    const XmlPath in_its_stage = {&kStagePath, shape_of(is_gain ? kGainType : kDecimation).element};
-    const XmlPath &path = number == 0 && is_gain ? kSensitivityPath : in_its_stage;
-    values_.lose(*block, path, in_stage(number) + " has a polynomial, beside which there is none");
-  }
-}
-
-void ResponseXml::write_single(const char *element, const Response &response) {
-  values_.xml().start(element);
-  write_heads(response);
+void ResponseXml::write_single(const First &first) {
+  values_.xml().start(shape_of(first.type).element);
+  write_heads({first.type, first.block, nullptr});
   values_.xml().end();
 }
 
@@ -533,11 +509,12 @@ void ResponseXml::write_heads(const Response &response) {
   }
 }
 
-void ResponseXml::write_filter(const XmlPath &path, const Stage &stage) {
+void ResponseXml::write_filter(std::int32_t number, const First &filter) {
   static const ResponseField fir_name(61, "name");
-  const Response first = {stage.filter_type, stage.filter.front(), nullptr};
+  const XmlPath path = path_of(number, filter.type);
+  const Response first = {filter.type, filter.block, nullptr};
   values_.xml().start(path.element);
-  if (first.type == 61) {
+  if (filter.type == kFir) {
     const SDBlkEntry *name = fir_name.in(first);
     if (name != nullptr && name->value.s[0] != '\0') {
       values_.xml().attribute("name", values_.text(*first.block, *name, path));
@@ -546,14 +523,37 @@ void ResponseXml::write_filter(const XmlPath &path, const Stage &stage) {
   values_.units("InputUnits", *input_of(first), path);
   values_.units("OutputUnits", *output_of(first), path);
   write_heads(first);
-  for (const Repeated &repeated : shape_of(first.type).repeated) {
+  for (const Repeated &repeated : shape_of(filter.type).repeated) {
     Elements elements(values_, repeated, {&path, repeated.element});
-    for (const SDBlk *part : stage.filter) {
-      const SDBlkEntry *entry = repeated.field.in({first.type, part, nullptr});
-      if (entry != nullptr) elements.put(*part, *entry);
-    }
+    each_part(number, filter, [&](const SDBlk &part) {
+      const SDBlkEntry *entry = repeated.field.in({filter.type, &part, nullptr});
+      if (entry != nullptr) elements.put(part, *entry);
+    });
   }
   values_.xml().end();
+}
+
+// Of a split response only the first part is held: all are read again.
+void ResponseXml::each_part(std::int32_t number, const First &filter,
+                            const std::function<void(const SDBlk &part)> &take) const {
+  if (filter.parts == 1) {
+    take(*filter.block);
+    return;
+  }
+  std::int64_t left = filter.parts;
+  bool found = false;
+  const auto take_part = [&](const Response &response, const SDBlk &block) {
+    if (stage_of(response) != number) return true;
+    // A blockette 60 may name others of the stage before the first part.
+    found = found || response.block == &block || response.block == filter.block;
+    if (!found) return true;
+    take(*response.block);
+    return --left > 0;
+  };
+  read_again_(filter.place, [&](const SDBlk &block) {
+    for_each_response(block, [&](const Response &response) { return take_part(response, block); });
+    return left > 0;
+  });
 }
 
 }  // namespace tarvik

@@ -55,6 +55,7 @@ struct Number {
   double least;
   double most;
   bool most_is_out = false;  // the upper bound itself is out of bounds
+  bool is_required = true;
 };
 
 constexpr double kAny = std::numeric_limits<double>::infinity();
@@ -74,41 +75,44 @@ const Numbers &channel_numbers() {
                                   {{52, "depth"}, "Depth", -kAny, kAny}};
   return numbers;
 }
-// Those that may be missing.
 const Numbers &optional_channel_numbers() {
-  static const Numbers numbers = {{{52, "azimuth"}, "Azimuth", 0, 360, true},
-                                  {{52, "dip"}, "Dip", -90, 90},
-                                  {{52, "samprate"}, "SampleRate", -kAny, kAny},
-                                  {{52, "maxdrift"}, "ClockDrift", 0, kAny}};
+  static const Numbers numbers = {{{52, "azimuth"}, "Azimuth", 0, 360, true, false},
+                                  {{52, "dip"}, "Dip", -90, 90, false, false},
+                                  {{52, "samprate"}, "SampleRate", -kAny, kAny, false, false},
+                                  {{52, "maxdrift"}, "ClockDrift", 0, kAny, false, false}};
   return numbers;
 }
 
-bool is_within(const Number &number, double value) {
-  return value >= number.least && (number.most_is_out ? value < number.most : value <= number.most);
+// Why an entry (nullptr for none) cannot be written; nullptr where it can.
+const char *fault_of(const SDBlkEntry *entry, const Number &number) {
+  if (entry == nullptr) return number.is_required ? kNoValue : nullptr;
+  const double value = entry->value.d;
+  const bool within =
+      value >= number.least && (number.most_is_out ? value < number.most : value <= number.most);
+  return within ? nullptr : "is out of range";
 }
 
-// Which of the numbers cannot be written is told.
-bool can_be_written(const XmlValues &values, const SDBlk &block, const Number &number,
-                    const XmlPath &path) {
-  const SDBlkEntry *entry = number.place.value(block);
-  if (entry != nullptr && is_within(number, entry->value.d)) return true;
-  values.lose(block, {&path, number.element}, entry == nullptr ? kNoValue : "is out of range");
-  return false;
+bool has_all(const SDBlk &block, const Numbers &numbers) {
+  return std::all_of(numbers.begin(), numbers.end(), [&](const Number &number) {
+    return fault_of(number.place.value(block), number) == nullptr;
+  });
 }
 
-bool can_all_be_written(const XmlValues &values, const SDBlk &block, const Numbers &numbers,
-                        const XmlPath &path) {
-  bool good = true;
+// Tells of the numbers that cannot be written.
+void lose_numbers(const XmlValues &values, const SDBlk &block, const Numbers &numbers,
+                  const XmlPath &path) {
   for (const Number &number : numbers) {
-    good = can_be_written(values, block, number, path) && good;
+    const char *fault = fault_of(number.place.value(block), number);
+    if (fault != nullptr) values.lose(block, {&path, number.element}, fault);
   }
-  return good;
 }
 
+// Writes the numbers, but for those that cannot be written.
 void write_numbers(const XmlValues &values, const SDBlk &block, const Numbers &numbers) {
   for (const Number &number : numbers) {
     const SDBlkEntry *entry = number.place.value(block);
-    if (entry != nullptr) values.xml().element(number.element, entry->value.d);
+    if (entry == nullptr || fault_of(entry, number) != nullptr) continue;
+    values.xml().element(number.element, entry->value.d);
   }
 }
 
@@ -123,15 +127,20 @@ std::string name_of(const EpochKey &key) {
   return utf8_text(name);
 }
 
-// The text of a network identifier, or nullptr where there is none.
-const SDBlkEntry *network_description(const SDBlk &station) {
-  static const Place identifier(50, "net_gid");
-  static const Place description(33, "descr");
-  const SDBlkEntry *code = identifier.value(station);
-  const SDBlk *found = code == nullptr ? nullptr : referred(station, *code);
-  const SDBlkEntry *text = found == nullptr ? nullptr : description.value(*found);
-  return text == nullptr || text->value.s[0] == '\0' ? nullptr : text;
-}
+// The text of a station's network identifier, and the blockette 33 that has it; no text is null.
+struct NetworkText {
+  explicit NetworkText(const SDBlk &station) {
+    static const Place identifier(50, "net_gid");
+    static const Place description(33, "descr");
+    const SDBlkEntry *code = identifier.value(station);
+    block = code == nullptr ? nullptr : referred(station, *code);
+    entry = block == nullptr ? nullptr : description.value(*block);
+    if (entry != nullptr && entry->value.s[0] == '\0') entry = nullptr;
+  }
+
+  const SDBlk *block;
+  const SDBlkEntry *entry;
+};
 
 // The fields of blockettes 51 and 59.
 struct CommentFields {
@@ -215,16 +224,19 @@ void write_channel_count(const XmlValues &values, const SDBlk &station) {
 void write_channel_values(const XmlValues &values, const SDBlk &channel) {
   static const Place calibration_units(52, "cunits");
   write_numbers(values, channel, channel_numbers());
-  for (const Number &number : optional_channel_numbers()) {
-    const SDBlkEntry *entry = number.place.value(channel);
-    if (entry == nullptr || !can_be_written(values, channel, number, kChannelPath)) continue;
-    values.xml().element(number.element, entry->value.d);
-  }
+  lose_numbers(values, channel, optional_channel_numbers(), kChannelPath);
+  write_numbers(values, channel, optional_channel_numbers());
   const SDBlk *units = unit_of(channel, calibration_units.value(channel));
   if (units != nullptr) values.units("CalibrationUnits", *units, kChannelPath);
 }
 
 // ---- the epochs of one volume, as they are met ----
+
+// Starts that the document does not show are the same.
+EpochKey key_of(const EpochCodes &codes, const SDBlkEntry *start) {
+  return EpochKey(codes.network, codes.station, codes.location, codes.channel,
+                  XmlValues::time(start).empty() ? nullptr : start);
+}
 
 // What a network has in the document.
 struct Network {
@@ -270,6 +282,7 @@ class FirstReading {
   bool alone_ = false;                     // it has no channel yet
   bool wanted_ = false;                    // also without a channel
   bool described_ = false;                 // its network has a description
+  bool has_place_ = false;                 // it can be written
   std::int32_t station_position_ = kNone;  // where it was added
   std::int32_t channel_position_ = kNone;
   std::string organization_;
@@ -301,13 +314,14 @@ void FirstReading::begin_station(const SDBlk &block, const SDBlkPlace &place) {
   finish();
   const EpochCodes codes = {network.text(block), station.text(block), "", ""};
   station_ = {};
-  station_.key = EpochKey(codes.network, codes.station, "", "", start.value(block));
+  station_.key = key_of(codes, start.value(block));
   station_.place = place;
   station_.volume = volume_;
   in_station_ = true;
   alone_ = true;
   wanted_ = choice_->takes(codes, start.value(block), end.value(block));
-  described_ = network_description(block) != nullptr;
+  described_ = NetworkText(block).entry != nullptr;
+  has_place_ = has_all(block, station_numbers());
 }
 
 void FirstReading::begin_channel(const SDBlk &block, const SDBlkPlace &place) {
@@ -321,23 +335,24 @@ void FirstReading::begin_channel(const SDBlk &block, const SDBlkPlace &place) {
                             channel.text(block)};
   if (!choice_->takes(codes, start.value(block), end.value(block))) return;
   IndexedEpoch epoch;
-  epoch.key =
-      EpochKey(codes.network, codes.station, codes.location, codes.channel, start.value(block));
+  epoch.key = key_of(codes, start.value(block));
   if (!in_station_) {
     lose_channel(block, epoch.key);
     return;
   }
   add_station();
-  if (level_ < XmlLevel::channel) return;
+  if (level_ < XmlLevel::channel || !has_place_) return;
   epoch.place = place;
   epoch.volume = volume_;
   epoch.station = station_position_;
   channel_position_ = epochs_->channels.add(epoch);
+  if (!has_all(block, channel_numbers())) epochs_->channels.lose(channel_position_);
 }
 
 void FirstReading::add_station() {
   if (station_position_ != kNone) return;
   station_position_ = epochs_->stations.add(station_);
+  if (!has_place_) epochs_->stations.lose(station_position_);
   const auto [found, is_new] = epochs_->networks.try_emplace(std::string(station_.key.network()));
   Network &network = found->second;
   if (is_new) network.first = station_position_;
@@ -386,6 +401,7 @@ class StationXml::Document {
 
   bool go_to(const IndexedEpoch &epoch);
   SDBlk *next_block();
+  void read_again(const SDBlkPlace &place, const ResponseXml::Take &take);
   template <typename Take>
   void each_block(const IndexedEpoch &epoch, Take take);
 
@@ -397,6 +413,8 @@ class StationXml::Document {
   }
   bool begin_station(const XmlValues &values, std::int32_t position, bool compares);
   void compare_station(const XmlValues &values, std::int32_t position);
+  void write_station_description(const XmlValues &values, const SDBlk &station,
+                                 bool compares) const;
   void write_channel(const XmlValues &values, std::int32_t position);
 
   StationXmlOptions options_;
@@ -455,7 +473,8 @@ void StationXml::Document::cut(std::int32_t stations, std::int32_t channels) {
 
 // Finds the epochs of the same key, and among those the equal ones.
 void StationXml::Document::find_equal(EpochIndex *index, const XmlPath &path, Compare compare) {
-  const std::vector<std::int32_t> order = index->by_key();
+  std::vector<std::int32_t> order = index->by_key();
+  std::erase_if(order, [index](std::int32_t p) { return (*index)[p].same_as == kLostEpoch; });
   const auto is_same = [index](std::int32_t a, std::int32_t b) {
     return (*index)[a].key == (*index)[b].key;
   };
@@ -537,6 +556,7 @@ void StationXml::Document::each_block(const IndexedEpoch &epoch, Take take) {
   const bool is_channel = blocks_[0]->blockette_type == 52;
   const bool with_response = options_.level >= XmlLevel::response;
   for (std::int32_t left = epoch.last; left > 0; --left) {
+    const SDBlkPlace place = sdblk_place(vol_);
     SDBlk *block = next_block();
     if (block == nullptr) return;
     const std::int32_t type = block->blockette_type;
@@ -544,7 +564,19 @@ void StationXml::Document::each_block(const IndexedEpoch &epoch, Take take) {
         is_channel ? type == 59 || (is_response(type) && with_response) : type == 51;
     if (!belongs) continue;
     if (sdblk_unstuffblk(block) < 0) throw std::bad_alloc();
-    if (take(*block)) ++kept_;
+    if (take(*block, place)) ++kept_;
+  }
+}
+
+// Hands out the responses of a channel once more, decoded, from a place on.
+void StationXml::Document::read_again(const SDBlkPlace &place, const ResponseXml::Take &take) {
+  sdblk_go_to(vol_, &place);
+  for (;;) {
+    SDBlk *block = next_block();
+    if (block == nullptr) return;
+    if (!is_response(block->blockette_type)) continue;
+    if (sdblk_unstuffblk(block) < 0) throw std::bad_alloc();
+    if (!take(*block)) return;
   }
 }
 
@@ -555,7 +587,7 @@ std::vector<std::int32_t> StationXml::Document::station_order() const {
   std::vector<std::pair<std::int32_t, std::int32_t>> stations;
   for (std::int32_t i = 0; i < epochs_.stations.count(); ++i) {
     const IndexedEpoch &station = epochs_.stations[i];
-    if (station.same_as != i) continue;
+    if (station.same_as != i && station.same_as != kLostEpoch) continue;
     stations.emplace_back(epochs_.networks.find(station.key.network())->second.first, i);
   }
   std::sort(stations.begin(), stations.end());
@@ -578,7 +610,8 @@ std::vector<std::int32_t> StationXml::Document::channel_order(
   };
   std::vector<std::int32_t> order;
   for (std::int32_t i = 0; i < epochs_.channels.count(); ++i) {
-    if (epochs_.channels[i].same_as == i) order.push_back(i);
+    const std::int32_t same_as = epochs_.channels[i].same_as;
+    if (same_as == i || same_as == kLostEpoch) order.push_back(i);
   }
   std::stable_sort(order.begin(), order.end(),
                    [&](std::int32_t a, std::int32_t b) { return rank_of(a) < rank_of(b); });
@@ -660,9 +693,9 @@ void StationXml::Document::begin_network(Xml *xml, std::int32_t position) {
   const IndexedEpoch &described = epochs_.stations[network.described];
   begin_epoch(described, false);
   if (!go_to(described)) return;
-  const SDBlkEntry *text = network_description(*blocks_[0]);
-  if (text == nullptr) return;
-  network_text_ = values.text(*blocks_[0], *text, {&kNetworkPath, "Description"});
+  const NetworkText text(*blocks_[0]);
+  if (text.entry == nullptr) return;
+  network_text_ = values.text(*text.block, *text.entry, {&kNetworkPath, "Description"});
   xml->element("Description", network_text_);
 }
 
@@ -679,17 +712,16 @@ bool StationXml::Document::begin_station(const XmlValues &values, std::int32_t p
   const IndexedEpoch &epoch = epochs_.stations[position];
   if (!go_to(epoch)) return false;
   const SDBlk &block = *blocks_[0];
-  if (!can_all_be_written(values, block, station_numbers(), kStationPath)) return false;
+  if (epoch.same_as == kLostEpoch) {
+    lose_numbers(values, block, station_numbers(), kStationPath);
+    return false;
+  }
   Xml &xml = values.xml();
   xml.start("Station");
   write_code(values, block, "code", code, kStationPath);
   write_times(values, start.value(block), end.value(block));
-  const SDBlkEntry *description = network_description(block);
-  if (description != nullptr) {
-    const std::string text = values.text(block, *description, {&kStationPath, "Description"});
-    if (compares || text != network_text_) xml.element("Description", text);
-  }
-  each_block(epoch, [&](const SDBlk &comment) {
+  write_station_description(values, block, compares);
+  each_block(epoch, [&](const SDBlk &comment, const SDBlkPlace &) {
     write_comment(values, comment, kStationPath);
     return false;
   });
@@ -697,6 +729,17 @@ bool StationXml::Document::begin_station(const XmlValues &values, std::int32_t p
   write_site(values, block);
   if (!compares) write_channel_count(values, block);
   return true;
+}
+
+// The text of its network identifier, where it is not the network's.
+void StationXml::Document::write_station_description(const XmlValues &values, const SDBlk &station,
+                                                     bool compares) const {
+  const NetworkText text(station);
+  if (text.entry == nullptr) return;
+  bool left_out = false;
+  if (!compares && xml_text(text.entry->value.s, &left_out) == network_text_) return;
+  values.xml().element("Description",
+                       values.text(*text.block, *text.entry, {&kStationPath, "Description"}));
 }
 
 void StationXml::Document::write_channel(const XmlValues &values, std::int32_t position) {
@@ -708,7 +751,10 @@ void StationXml::Document::write_channel(const XmlValues &values, std::int32_t p
   const IndexedEpoch &epoch = epochs_.channels[position];
   if (!go_to(epoch)) return;
   const SDBlk &block = *blocks_[0];
-  if (!can_all_be_written(values, block, channel_numbers(), kChannelPath)) return;
+  if (epoch.same_as == kLostEpoch) {
+    lose_numbers(values, block, channel_numbers(), kChannelPath);
+    return;
+  }
   Xml &xml = values.xml();
   xml.start("Channel");
   write_code(values, block, "code", code, kChannelPath);
@@ -719,13 +765,15 @@ void StationXml::Document::write_channel(const XmlValues &values, std::int32_t p
     constexpr XmlPath path = {&kChannelPath, "Comment/Value"};
     write_comment(values, values.text(block, *text, path), nullptr, nullptr);
   }
-  ResponseXml response(values);
-  each_block(epoch, [&](const SDBlk &next) {
+  ResponseXml response(values, [this](const SDBlkPlace &place, const ResponseXml::Take &take) {
+    read_again(place, take);
+  });
+  each_block(epoch, [&](const SDBlk &next, const SDBlkPlace &place) {
     if (next.blockette_type == 59) {
       write_comment(values, next, kChannelPath);
       return false;
     }
-    return response.add(next);
+    return response.add(next, place);
   });
   write_channel_values(values, block);
   response.write();

@@ -341,6 +341,16 @@ TEST(StationXml, FirstTextIsTheNetworksAndAnotherTheStations) {
             " startDate=\"2020-01-01T00:00:00.0000Z\">\n   <Description>Two</Description>\n   ");
 }
 
+TEST(StationXml, LossInTheNetworksTextIsToldOnceWhereItStands) {
+  VolumeWriter volume(4096);
+  volume.control('A', ControlBlockette(33).digits(1, 3).var("One\x01"));
+  volume.control('S', {station_of("AA1", 1), station_of("AA2", 1)});
+  const Made made = make(volume);
+  EXPECT_EQ(made.lost, Texts{"0: 8: Network/Description: characters that XML forbids are left out "
+                             "(AA_AA1)"});
+  EXPECT_EQ(count_of(made.document, "<Description>One</Description>"), "1");
+}
+
 TEST(StationXml, StationsOfANetworkStandTogether) {
   VolumeWriter volume(4096);
   volume.control('S', {station_of("AA1", 1), station_of("BB1", 1), station_of("AA2", 1)});
@@ -481,9 +491,18 @@ TEST(StationXml, FurtherBlockettesOfAStageAreLeftOut) {
                      kOf);
   offset += 2 * gained;
   expected.push_back(at(offset) + kResponse +
-                     "InstrumentSensitivity: there is another sensitivity already" + kOf);
+                     "InstrumentSensitivity: stage 0 has another one already" + kOf);
   EXPECT_EQ(made.lost, expected);
   EXPECT_EQ(stages(made).find("<Value>8</Value>"), std::string::npos);
+}
+
+TEST(StationXml, FirstFilterIsTheStagesAlsoWhenItCannotBeWritten) {
+  const Made made = make(with_channel({list(1, 0, 1, 9), list(1, 1, 1), gain(1, 7)}));
+  EXPECT_EQ(made.lost, (Texts{at(response_offset()) + kResponse +
+                                  "Stage/ResponseList/InputUnits/Name: has no value" + kOf,
+                              at(response_offset() + list(1, 0, 1, 9).text().size()) + kResponse +
+                                  "Stage/ResponseList: stage 1 has another filter already" + kOf}));
+  EXPECT_EQ(stages(made), stage(1, stage_gain("7")));
 }
 
 TEST(StationXml, StageWithoutGainHasOneOfOne) {
@@ -550,6 +569,31 @@ TEST(StationXml, PartOfAListThatCannotBeWrittenIsLeftOutAlone) {
   EXPECT_EQ(count_of(made.document, "<ResponseListElement>"), "2");
 }
 
+TEST(StationXml, EveryPartThatCannotBeWrittenIsTold) {
+  VolumeWriter volume = with_channel({});
+  volume.control('S', ControlBlockette(53)
+                          .fixed("A", 1)
+                          .digits(1, 2)
+                          .digits(1, 3)
+                          .digits(2, 3)
+                          .real(1)
+                          .real(0)
+                          .digits(0, 3)
+                          .digits(1, 3)
+                          .fixed("", 12)
+                          .fixed("", 12)
+                          .real(0)
+                          .real(0));
+  const Made made = make(volume);
+  const std::string pole = kResponse + "Stage/PolesZeros/Pole/";
+  EXPECT_EQ(made.lost,
+            (Texts{at(response_offset()) + pole + "Real: number 0 cannot be written" + kOf,
+                   at(response_offset()) + pole + "Imaginary: number 0 cannot be written" + kOf,
+                   at(response_offset()) + kResponse +
+                       "Stage/StageGain: stage 1 has no gain: 1 at frequency 0 is written" + kOf}));
+  EXPECT_EQ(made.document.find("<Pole "), std::string::npos);
+}
+
 // ---- polynomials ----
 
 ControlBlockette polynomial(int stage, int coefficients) {
@@ -601,6 +645,13 @@ TEST(StationXml, PolynomialWithoutCoefficientsTakesItsStageAway) {
   EXPECT_EQ(made.lost,
             Texts{at(response_offset()) + kResponse +
                   "Stage/Polynomial/Coefficient: a polynomial needs all its coefficients" + kOf});
+  EXPECT_EQ(made.document.find("<Response>"), std::string::npos);
+}
+
+TEST(StationXml, PolynomialThatIsLostIsAllOfItsStageToo) {
+  const Made made = make(with_channel({polynomial(1, 0), gain(1, 7)}));
+  ASSERT_EQ(made.lost.size(), 2U);
+  EXPECT_NE(made.lost[1].find("Stage/StageGain: stage 1 has a polynomial"), std::string::npos);
   EXPECT_EQ(made.document.find("<Response>"), std::string::npos);
 }
 
@@ -667,6 +718,71 @@ TEST(StationXml, SplitFirIsOne) {
   const Made made = make(with_channel({fir({0.5, 0.25}), fir({0.125}), gain(1, 7)}));
   EXPECT_EQ(made.lost, Texts());
   EXPECT_EQ(stages(made), fir_content(numerator("0.5") + numerator("0.25") + numerator("0.125")));
+}
+
+// Poles and zeros of stage 1: each a real number.
+ControlBlockette roots(std::initializer_list<double> zeros, std::initializer_list<double> poles) {
+  ControlBlockette blockette(53);
+  blockette.fixed("A", 1).digits(1, 2).digits(1, 3).digits(2, 3).real(1).real(0);
+  for (const auto &group : {zeros, poles}) {
+    blockette.digits(static_cast<long>(group.size()), 3);
+    for (const double value : group) blockette.real(value).real(0).real(0).real(0);
+  }
+  return blockette;
+}
+
+// "Zero 0 1 ", for what roots gives.
+std::string root_texts(const std::string &document) {
+  std::string texts;
+  for (std::size_t i = 0; (i = document.find(" number=\"", i)) != std::string::npos; ++i) {
+    const std::string element = document.substr(i - 4, 4);
+    if (element == "tage") continue;
+    const std::size_t real = document.find("minusError=\"0\">", i) + 15;
+    texts += element + ' ' + document.substr(i + 9, document.find('"', i + 9) - i - 9) + ' ' +
+             document.substr(real, document.find('<', real) - real) + ' ';
+  }
+  return texts;
+}
+
+TEST(StationXml, ZerosOfASplitResponseStandBeforeItsPoles) {
+  // Another stage stands between the parts.
+  const Made made = make(with_channel({roots({1}, {2}), decimation(2), roots({3}, {4, 5}),
+                                       gain(2, 7), roots({}, {6}), gain(1, 7)}));
+  EXPECT_EQ(made.lost, Texts());
+  EXPECT_EQ(root_texts(made.document), "Zero 0 1 Zero 1 3 Pole 0 2 Pole 1 4 Pole 2 5 Pole 3 6 ");
+}
+
+TEST(StationXml, LossInAFurtherPartHasThatPartsOffset) {
+  VolumeWriter volume = with_channel({roots({}, {2})});
+  volume.control('S', patched(roots({}, {3}), " 3.00000E+00", "            "));
+  volume.control('S', gain(1, 7));
+  EXPECT_EQ(make(volume).lost,
+            Texts{at(response_offset() + roots({}, {2}).text().size()) + kResponse +
+                  "Stage/PolesZeros/Pole/Real: number 1 cannot be written" + kOf});
+}
+
+TEST(StationXml, SplitDictionaryResponseIsFoundAgainWhereItIsNotFirst) {
+  const auto entry = [](int code, double value) {
+    return ControlBlockette(41)
+        .digits(code, 4)
+        .var("LOWPASS")
+        .fixed("B", 1)
+        .digits(3, 3)
+        .digits(3, 3)
+        .digits(1, 4)
+        .real(value, volume::kReal14);
+  };
+  VolumeWriter volume = dictionaries();
+  volume.control('A', ControlBlockette(48).digits(5, 4).var("G").real(7).real(0.05).digits(0, 2));
+  volume.control('A', {entry(4, 0.5), entry(4, 0.25)});
+  // The code stands twice, after a gain; a further FIR goes on with it.
+  volume.control('S', {station("DYNGA"), channel("BHZ"), by_dictionary(1, {5, 4, 4})});
+  volume.control('S', by_dictionary(1, {4}));
+  const Made made = make(volume);
+  EXPECT_EQ(made.lost, Texts());
+  std::string coefficients;
+  for (int i = 0; i < 3; ++i) coefficients += numerator("0.5") + numerator("0.25");
+  EXPECT_EQ(stages(made), fir_content(coefficients));
 }
 
 TEST(StationXml, DictionaryResponsesAreWritten) {
@@ -746,6 +862,40 @@ TEST(StationXml, DifferentEpochsStandBoth) {
   EXPECT_EQ(made.lost, Texts());
   EXPECT_EQ(count_of(made.document, "<Station "), "1");
   EXPECT_EQ(count_of(made.document, "<Channel"), "2");
+}
+
+TEST(StationXml, StationThatCannotBeWrittenEqualsNone) {
+  // Its channel must not stand for that of the other volume.
+  VolumeWriter bad = dictionaries();
+  bad.control('S', patched(station("DYNGA"), "+64.990000", "          "));
+  bad.control('S', channel("BHZ"));
+  const std::string good = network_volume({station("DYNGA"), channel("BHZ")}).bytes();
+  const Made made = make({bad.bytes(), good});
+  EXPECT_EQ(made.told, Texts());
+  EXPECT_EQ(made.lost,
+            Texts{at(kStationOffset) + "Network/Station/Latitude: has no value (XX_DYNGA)"});
+  EXPECT_EQ(made.document, make(Texts{good}).document);
+}
+
+TEST(StationXml, ChannelThatCannotBeWrittenEqualsNone) {
+  VolumeWriter bad = dictionaries();
+  bad.control('S', station("DYNGA"));
+  bad.control('S', patched(channel("BHZ"), "002.5", "     "));
+  const std::string good = network_volume({station("DYNGA"), channel("BHZ")}).bytes();
+  const Made made = make({bad.bytes(), good, bad.bytes()});
+  EXPECT_EQ(made.told, Texts());
+  EXPECT_EQ(made.lost.size(), 2U);
+  EXPECT_EQ(made.document, make(Texts{good}).document);
+}
+
+TEST(StationXml, StartsThatAreNotShownAreTheSame) {
+  VolumeWriter other = dictionaries();
+  other.control('S', patched(station("DYNGA"), "2020,001", "0000,001"));
+  VolumeWriter none = dictionaries();
+  none.control('S', patched(station("DYNGA"), "2020,001", "        "));
+  const Made made = make({other.bytes(), none.bytes()});
+  EXPECT_EQ(made.told, Texts());
+  EXPECT_EQ(count_of(made.document, "<Station"), "1");
 }
 
 TEST(StationXml, OtherStartIsAnotherEpoch) {
