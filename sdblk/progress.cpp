@@ -115,7 +115,7 @@ void Progress::show() {
   const double seconds = std::chrono::duration<double>(Clock::now() - start_).count();
   const std::string text = progress_text(tally_->done(), counted_ ? &all_ : nullptr, seconds);
   const std::lock_guard lock(line_mutex);
-  line().show(std::string_view(text).substr(0, ProgressLine::kMostColumns));
+  line().show(text);
 }
 
 ProgressHidden::ProgressHidden() : lock_(line_mutex) { line().erase(); }

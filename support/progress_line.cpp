@@ -17,11 +17,11 @@ namespace {
 
 constexpr std::size_t kUsualColumns = 80;
 
-// A line that fills the terminal's last column may run on into the next.
-std::size_t usable_columns(int descriptor) {
+// A line that fills the terminal's last column may run on into the next; no line is longer than most.
+std::size_t usable_columns(int descriptor, std::size_t most) {
   winsize size = {};
   const bool known = ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-  return (known ? size.ws_col : kUsualColumns) - 1;
+  return std::min((known ? size.ws_col : kUsualColumns) - 1, most);
 }
 
 bool terminal_is_dumb() {
@@ -50,7 +50,7 @@ ProgressLine::ProgressLine(int descriptor)
 }
 
 void ProgressLine::show(std::string_view line) {
-  line = line.substr(0, usable_columns(descriptor_));
+  line = line.substr(0, usable_columns(descriptor_, kMostColumns));
   std::array<char, kMostColumns * 2 + 8> bytes;
   const char *end = put_text(put_erasure(bytes.data()), line);
   shown_ = line.size();

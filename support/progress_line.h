@@ -19,8 +19,8 @@ class ProgressLine {
   explicit ProgressLine(int descriptor);
 
   [[nodiscard]] bool is_on_terminal() const { return on_terminal_; }
-  // Shows a line of at most kMostColumns, as much of it as fits the terminal, in the place of the
-  // one before.
+  // Shows a line in the place of the one before: as much of it as fits the terminal, at most
+  // kMostColumns.
   void show(std::string_view line);
   // Takes it away.  A signal handler may call it.
   void erase();
