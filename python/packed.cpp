@@ -11,7 +11,7 @@
 namespace py = pybind11;
 
 // The layout, with numbers as they lie in memory.  A list of fields has one mark for each that is
-// there, and kEnd where some are absent.  Behind the mark kValue stands
+// there, and kEnd where some are absent.  After the mark kValue stands
 //
 //     text                    length (4 bytes), bytes
 //     integer                 8 bytes; of one that refers, 8 more: number of the defining block

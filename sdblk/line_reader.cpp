@@ -33,7 +33,7 @@ bool LineReader::next(std::string_view *line) {
   }
 }
 
-// Reads more behind what is there, which moves to the front.  False when there is none.
+// Reads more after what is there, which moves to the front.  False when there is none.
 bool LineReader::fill() {
   if (at_ > 0) {
     std::memmove(bytes_.data(), bytes_.data() + at_, ready_ - at_);

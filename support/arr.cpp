@@ -105,12 +105,12 @@ Arr *arr_new_pooled(std::size_t first_chunk_bytes) noexcept {
   Arr *arr = new (piece) Arr{};
   arr->root = arr;
   if (first_chunk_bytes == 0) return arr;
-  void *place = memory_get(sizeof(Arena));
-  if (place == nullptr) {
+  void *memory = memory_get(sizeof(Arena));
+  if (memory == nullptr) {
     memory_free(arr);
     return nullptr;
   }
-  arr->pool = new (place) Arena(first_chunk_bytes);
+  arr->pool = new (memory) Arena(first_chunk_bytes);
   return arr;
 }
 
@@ -130,8 +130,8 @@ Arr *arr_new_nested(Arr *parent, std::uint32_t capacity, std::size_t value_bytes
 
 Arena *arr_pool(Arr *arr) noexcept {
   if (arr->pool != nullptr) return arr->pool;
-  void *place = memory_get(sizeof(Arena));
-  if (place != nullptr) arr->pool = new (place) Arena(kFirstChunkBytes);
+  void *memory = memory_get(sizeof(Arena));
+  if (memory != nullptr) arr->pool = new (memory) Arena(kFirstChunkBytes);
   return arr->pool;
 }
 

@@ -15,7 +15,7 @@ inline constexpr std::array<double, 23> kExactPowers = {
     1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
     1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
-// Between the order of the machine's bytes and that with the lowest in front.
+// Between the order of the machine's bytes and that with the lowest first.
 constexpr std::uint64_t lowest_first(std::uint64_t word) {
   return std::endian::native == std::endian::big ? __builtin_bswap64(word) : word;
 }
@@ -49,7 +49,7 @@ inline bool read_eight_digits(std::uint64_t text, std::uint64_t *value) {
   return true;
 }
 
-// The first kCount of eight characters, as the last of eight digits with zeros in front.
+// The first kCount of eight characters, as the last of eight digits after zeros.
 template <int kCount>
 std::uint64_t first_of_eight(const char *text) {
   static_assert(kCount > 0 && kCount < 8);

@@ -29,7 +29,7 @@ int count_digits(std::uint64_t value) {
   return guess + (value >= kPowersOfTen[static_cast<std::size_t>(guess)] ? 1 : 0);
 }
 
-// The lowest digits of value, as many as asked for, with zeros in front.
+// The lowest digits of value, as many as asked for, with leading zeros.
 char *put_last_digits(char *out, std::uint64_t value, int digits) {
   char *end = out + digits;
   char *at = end;

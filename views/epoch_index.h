@@ -17,7 +17,7 @@
 
 namespace tarvik {
 
-// Codes as they stand in the volume, with NULs behind them; those of a station have no location and
+// Codes as they stand in the volume, with NULs after them; those of a station have no location and
 // no channel.
 class EpochKey {
  public:

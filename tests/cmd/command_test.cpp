@@ -109,7 +109,7 @@ TEST_F(TarvikUsage, BannerCountsPatches) {
   command.environment = {{"ORVALEN", directory_.path()}};
   const Result result = command::run(command);
   const std::string id = command::build_id_in(result.error, "tarvik");
-  EXPECT_EQ(command::behind_announcement(result, "tarvik"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik"),
             kUsage + command::version_banner("tarvik", "", TARVIK_BINARY, id, ", 3 patches"));
   EXPECT_EQ(result.status, 1);
 }
@@ -118,7 +118,7 @@ TEST_F(TarvikUsage, InstallRootThatIsTooLongEndsTheBanner) {
   Command command = command_with({});
   command.environment = {{"ORVALEN", std::string(1016, 'x')}};
   const Result result = command::run(command);
-  EXPECT_EQ(command::behind_announcement(result, "tarvik"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik"),
             kUsage + ("\ntarvik  <#>\n" + command::time_line(TARVIK_BINARY)) +
                 "    Orvalen Release 5.11 Mac OS X 10.15.6 2022-02-22 "
                 "patch_count: text of 1025 bytes does not fit the 1024 byte buffer\n");
@@ -129,14 +129,13 @@ TEST_F(TarvikUsage, NameIsAnnouncedWithItsPath) {
   Command command = command_with({});
   command.arguments = {"./bin of mine/tarvik", "-"};
   const Result result = command::run(command);
-  EXPECT_EQ(
-      command::behind_announcement(result, "'./bin of mine/tarvik' -", "./bin of mine/tarvik"),
-      std::string("Unrecognized option '-'.\n") + kUsage);
+  EXPECT_EQ(command::after_announcement(result, "'./bin of mine/tarvik' -", "./bin of mine/tarvik"),
+            std::string("Unrecognized option '-'.\n") + kUsage);
 }
 
 TEST_F(TarvikUsage, OptionsAloneLackAVolume) {
   const Result result = tarvik({"-v"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik -v"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik -v"),
             std::string("Need seedfile argument.\n") + kUsage);
   EXPECT_EQ(result.output, "");
   EXPECT_EQ(result.status, 1);
@@ -144,7 +143,7 @@ TEST_F(TarvikUsage, OptionsAloneLackAVolume) {
 
 TEST_F(TarvikUsage, UnknownOptionIsRefused) {
   const Result result = tarvik({"-v", "--what's this?", "v.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik -v '--what'\\''s this?' v.seed"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik -v '--what'\\''s this?' v.seed"),
             std::string("Unrecognized option '--what's this?'.\n") + kUsage);
   EXPECT_EQ(result.output, "");
   EXPECT_EQ(result.status, 1);
@@ -152,11 +151,11 @@ TEST_F(TarvikUsage, UnknownOptionIsRefused) {
 
 TEST_F(TarvikUsage, OptionWithoutValueIsRefused) {
   const Result length = tarvik({"-lsize"});
-  EXPECT_EQ(command::behind_announcement(length, "tarvik -lsize"),
+  EXPECT_EQ(command::after_announcement(length, "tarvik -lsize"),
             std::string("Need -lsize argument.\n") + kUsage);
   EXPECT_EQ(length.status, 1);
   const Result types = tarvik({"-types"});
-  EXPECT_EQ(command::behind_announcement(types, "tarvik -types"),
+  EXPECT_EQ(command::after_announcement(types, "tarvik -types"),
             std::string("Need -types argument.\n") + kUsage);
   EXPECT_EQ(types.status, 1);
 }
@@ -167,7 +166,7 @@ using TarvikFile = CommandFixture;
 
 TEST_F(TarvikFile, MissingFileIsReported) {
   const Result result = tarvik({"none.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik none.seed"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik none.seed"),
             "parseseed_new: stat(none.seed) error.\n"
             "    No such file or directory\n"
             "sdblk_parse(none.seed) error.\n");
@@ -177,7 +176,7 @@ TEST_F(TarvikFile, MissingFileIsReported) {
 
 TEST_F(TarvikFile, EmptyNameIsAMissingFile) {
   const Result result = tarvik({""});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik ''"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik ''"),
             "parseseed_new: stat() error.\n"
             "    No such file or directory\n"
             "sdblk_parse() error.\n");
@@ -187,7 +186,7 @@ TEST_F(TarvikFile, EmptyNameIsAMissingFile) {
 TEST_F(TarvikFile, NineBytesAreNothing) {
   write("000001V  ");
   const Result result = tarvik({"v.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik v.seed"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik v.seed"),
             "parseseed_new: Nothing in file v.seed.\n"
             "sdblk_parse(v.seed) error.\n");
   EXPECT_EQ(result.output, "");
@@ -197,7 +196,7 @@ TEST_F(TarvikFile, NineBytesAreNothing) {
 TEST_F(TarvikFile, EmptyFileIsNothing) {
   write("");
   const Result result = tarvik({"v.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik v.seed"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik v.seed"),
             "parseseed_new: Nothing in file v.seed.\n"
             "sdblk_parse(v.seed) error.\n");
   EXPECT_EQ(result.status, 1);
@@ -206,7 +205,7 @@ TEST_F(TarvikFile, EmptyFileIsNothing) {
 TEST_F(TarvikFile, TenBytesAreAVolume) {
   write("000001V   ");
   const Result result = tarvik({"v.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik v.seed"), "");
+  EXPECT_EQ(command::after_announcement(result, "tarvik v.seed"), "");
   EXPECT_EQ(result.output, at_end({}));
   EXPECT_EQ(result.status, 0);
 }
@@ -217,7 +216,7 @@ TEST_F(TarvikFile, DirectoryIsRefused) {
   std::filesystem::create_directory(path);
   for (const char *name : {"/first-entry", "/second-entry"}) std::ofstream(path + name).put('x');
   const Result result = tarvik({"v.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik v.seed"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik v.seed"),
             "parseseed_new: v.seed is not a regular file.\n"
             "sdblk_parse(v.seed) error.\n");
   EXPECT_EQ(result.output, "");
@@ -241,7 +240,7 @@ TEST_F(TarvikFile, UnreadableFileIsReported) {
     return command::run(command);
   };
   const Result result = run_without_rights();
-  EXPECT_EQ(command::behind_announcement(result, "tarvik v.seed"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik v.seed"),
             "parseseed_new: open(v.seed) error.\n"
             "    Permission denied\n"
             "sdblk_parse(v.seed) error.\n");
@@ -255,7 +254,7 @@ using TarvikRun = CommandFixture;
 TEST_F(TarvikRun, CountsGoToStandardOutput) {
   write(small_volume());
   const Result result = tarvik({"v.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik v.seed"), "");
+  EXPECT_EQ(command::after_announcement(result, "tarvik v.seed"), "");
   EXPECT_EQ(result.output,
             "EOF detected on v.seed.\n"
             "# Us = 1\n# Vs = 1\n# As = 2\n# Ss = 1\n# Ts = 0\n"
@@ -287,7 +286,7 @@ TEST_F(TarvikRun, EveryRecordTypeHasItsCount) {
 TEST_F(TarvikRun, VerboseListsHeadersOnStandardError) {
   write(small_volume());
   const Result result = tarvik({"-v", "v.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik -v v.seed"), kSmallListing);
+  EXPECT_EQ(command::after_announcement(result, "tarvik -v v.seed"), kSmallListing);
   EXPECT_EQ(result.output, at_end(kSmallCounts));
   EXPECT_EQ(result.status, 0);
 }
@@ -297,7 +296,7 @@ TEST_F(TarvikRun, VeryVerboseListsFields) {
   out.control('A', generic_abbreviation());
   write(out);
   const Result result = tarvik({"-vv", "v.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik -vv v.seed"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik -vv v.seed"),
             "000001: A: B0033[000000,000000008,0014]: Generic Abbreviation Blockette\n"
             "        0330014001Net~" +
                 std::string(50, ' ') +
@@ -310,13 +309,13 @@ TEST_F(TarvikRun, VeryVerboseListsFields) {
 TEST_F(TarvikRun, LaterVerbosityReplacesEarlier) {
   write(small_volume());
   const Result result = tarvik({"-vv", "-v", "v.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik -vv -v v.seed"), kSmallListing);
+  EXPECT_EQ(command::after_announcement(result, "tarvik -vv -v v.seed"), kSmallListing);
 }
 
-TEST_F(TarvikRun, ArgumentsBehindTheVolumeAreIgnored) {
+TEST_F(TarvikRun, ArgumentsAfterTheVolumeAreIgnored) {
   write(small_volume());
   const Result result = tarvik({"v.seed", "-v", "-nonsense", "none.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik v.seed -v -nonsense none.seed"), "");
+  EXPECT_EQ(command::after_announcement(result, "tarvik v.seed -v -nonsense none.seed"), "");
   EXPECT_EQ(result.output, at_end(kSmallCounts));
   EXPECT_EQ(result.status, 0);
 }
@@ -324,7 +323,7 @@ TEST_F(TarvikRun, ArgumentsBehindTheVolumeAreIgnored) {
 TEST_F(TarvikRun, TypesSelectWhatIsListedButNotWhatIsCounted) {
   write(small_volume());
   const Result result = tarvik({"-types", "DV", "-v", "v.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik -types DV -v v.seed"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik -types DV -v v.seed"),
             "000001: V: B0010[000000,000000008,0050]: Volume Identifier Blockette\n"
             "000004: D: BDATA[000004,000001536,0512]: Fixed Section of Data Header\n");
   EXPECT_EQ(result.output, at_end(kSmallCounts));
@@ -342,7 +341,7 @@ TEST_F(TarvikRun, TypesSelectWhatIsDecoded) {
 TEST_F(TarvikRun, EmptyListOfTypesSelectsNothing) {
   write(small_volume());
   const Result result = tarvik({"-types", "", "-v", "v.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik -types '' -v v.seed"), "");
+  EXPECT_EQ(command::after_announcement(result, "tarvik -types '' -v v.seed"), "");
   EXPECT_EQ(result.output, at_end(kSmallCounts));
 }
 
@@ -363,7 +362,7 @@ TEST_F(TarvikRun, OtherLettersDoNotCountWhereTheirBlocketteIsKnown) {
 TEST_F(TarvikRun, NulTypePassesEveryList) {
   write(record_of_type("000001", '\0') + record_of_type("000002", 'V'));
   const Result result = tarvik({"-lsize", "64", "-types", "D", "-v", "v.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik -lsize 64 -types D -v v.seed"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik -lsize 64 -types D -v v.seed"),
             std::string("000001: \0: B0063: UNDEFINED\n", 28));
   EXPECT_EQ(result.output, at_end({.unknown = 2, .v = 1}));
 }
@@ -394,7 +393,7 @@ TEST_F(TarvikRun, LengthIs4096UnlessToldOtherwise) {
 TEST_F(TarvikRun, StationSummaryReplacesTheListing) {
   write(small_volume());
   const Result result = tarvik({"-sta", "-vv", "v.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik -sta -vv v.seed"), "");
+  EXPECT_EQ(command::after_announcement(result, "tarvik -sta -vv v.seed"), "");
   EXPECT_EQ(result.output,
             "XX DYNGA 2021:001:00:00:00 NULL\n"
             "         Site : Net\n"
@@ -407,7 +406,7 @@ TEST_F(TarvikRun, BlocketteCutByEndOfFileIsAQuietEnd) {
   const std::string bytes = small_volume().bytes();
   write(bytes.substr(0, 1032 + 73));  // the station lacks its last byte
   const Result result = tarvik({"v.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik v.seed"), "");
+  EXPECT_EQ(command::after_announcement(result, "tarvik v.seed"), "");
   EXPECT_EQ(result.output, at_end({.unknown = 1, .v = 1, .a = 2}));
   EXPECT_EQ(result.status, 0);
 }
@@ -421,7 +420,7 @@ TEST_F(TarvikDamage, ParserErrorKeepsTheCounts) {
   out.control('V', volume_identifier(9)).control('S', station("DYNGA")).control('S', "abc0007");
   write(out);
   const Result result = tarvik({"v.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik v.seed"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik v.seed"),
             "scan_int: Failed integer input: 'abc'\n"
             "sdblk_parseblk: scan_int(blockette_type,'abc') error at S:000002\n"
             "sdblk_parseblk (v.seed) error.\n");
@@ -434,7 +433,7 @@ TEST_F(TarvikDamage, DecoderErrorKeepsTheCounts) {
   out.control('A', {unit_abbreviation(), unit_abbreviation()}).control('S', station("DYNGA"));
   write(out);
   const Result result = tarvik({"v.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik v.seed"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik v.seed"),
             "sdblk_unstuff_sblk: Abbreviation uid:1 already defined.\n"
             "sdblk_unstuffblk: sdblk_unstuff_blk error for B0034 at A:000001\n"
             "sdblk_unstuffblk (v.seed) error.\n");
@@ -448,7 +447,7 @@ TEST_F(TarvikDamage, NonDigitsEndTheProgram) {
   out.control('S', ControlBlockette(52).fixed("", 2).fixed("BHZ", 3).raw("12a4").digits(1, 3));
   write(out);
   const Result result = tarvik({"-sta", "v.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik -sta v.seed"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik -sta v.seed"),
             "SEEDERROR - Non-digit characters in integer field B0052:subchan = '12a4' - program "
             "exiting.\n");
   EXPECT_EQ(result.output, "XX DYNGA 2021:001:00:00:00 NULL\n");
@@ -468,7 +467,7 @@ VolumeWriter volume_with_length_zero(int type) {
 TEST_F(TarvikDamage, LengthZeroIsHandledOnce) {
   write(volume_with_length_zero(50));
   const Result result = tarvik({"-v", "v.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik -v v.seed"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik -v v.seed"),
             std::string("000001: V: B0010[000000,000000008,0050]: Volume Identifier Blockette\n"
                         "000002: S: B0050[000001,000000520,0000]: Station Identifier Blockette\n") +
                 kLengthZeroMessages);
@@ -480,7 +479,7 @@ TEST_F(TarvikDamage, LengthZeroIsSummedUpOnce) {
   write(volume_with_length_zero(50));
   const Result result = tarvik({"-sta", "v.seed"});
   // The station lacks all its fields, and the first of them that was asked for is in the register.
-  EXPECT_EQ(command::behind_announcement(result, "tarvik -sta v.seed"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik -sta v.seed"),
             std::string("sdblk_getv: entry 'sta' not defined.\n") + kLengthZeroMessages);
   EXPECT_EQ(result.output, ("\?\?       NULL NULL\n" + Counts{.v = 1, .s = 1}.lines()));
   EXPECT_EQ(result.status, 1);
@@ -489,7 +488,7 @@ TEST_F(TarvikDamage, LengthZeroIsSummedUpOnce) {
 TEST_F(TarvikDamage, LengthZeroEndsAlsoWhereItIsNotListed) {
   write(volume_with_length_zero(50));
   const Result result = tarvik({"-types", "V", "-v", "v.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik -types V -v v.seed"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik -types V -v v.seed"),
             std::string("000001: V: B0010[000000,000000008,0050]: Volume Identifier Blockette\n") +
                 kLengthZeroMessages);
   EXPECT_EQ(result.output, (Counts{.v = 1, .s = 1}.lines()));
@@ -499,7 +498,7 @@ TEST_F(TarvikDamage, LengthZeroEndsAlsoWhereItIsNotListed) {
 TEST_F(TarvikDamage, LengthZeroOfUnknownTypeCountsOnce) {
   write(volume_with_length_zero(63));
   const Result result = tarvik({"v.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik v.seed"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik v.seed"),
             "B0063 at S:000002 has length 0: cannot read on.\n"
             "sdblk_parseblk (v.seed) error.\n");
   EXPECT_EQ(result.output, (Counts{.unknown = 1, .v = 1, .s = 1}.lines()));
@@ -511,7 +510,7 @@ TEST_F(TarvikDamage, LengthZeroOfADataRecordsTypeIsNotReadForever) {
   Command command = command_with({"-types", "V", "v.seed"});
   command.limit = std::chrono::seconds(10);
   const Result result = command::run(command);
-  EXPECT_EQ(command::behind_announcement(result, "tarvik -types V v.seed"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik -types V v.seed"),
             "B0099 at S:000002 has length 0: cannot read on.\n"
             "sdblk_parseblk (v.seed) error.\n");
   EXPECT_EQ(result.output, (Counts{.v = 1, .s = 1}.lines()));
@@ -522,7 +521,7 @@ TEST_F(TarvikDamage, BlocketteOfADataRecordsTypeIsRefused) {
   VolumeWriter out(512);
   write(out.control('S', ControlBlockette(99).raw("xyz")));
   const Result result = tarvik({"v.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik v.seed"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik v.seed"),
             "sdblk_unstuff_dblk: B0099 at S:000001 is no data record\n"
             "sdblk_unstuffblk: sdblk_unstuff_dblk error for B0099 at S:000001\n"
             "sdblk_unstuffblk (v.seed) error.\n");
@@ -541,7 +540,7 @@ TEST_F(TarvikDamage, RegisteredMessagesStayQuietWithoutAComplaint) {
   VolumeWriter out(16384);
   write(out.control('S', empty_channels(1000)));
   const Result result = tarvik({"-sta", "v.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik -sta v.seed"), "");
+  EXPECT_EQ(command::after_announcement(result, "tarvik -sta v.seed"), "");
   EXPECT_EQ(result.status, 0);
 }
 
@@ -556,7 +555,7 @@ TEST_F(TarvikDamage, OnlyTheNewestMessagesAreKept) {
       "scan_int: Failed integer input: 'abc'\n"
       "sdblk_parseblk: scan_int(blockette_type,'abc') error at S:000001\n"
       "sdblk_parseblk (v.seed) error.\n";
-  EXPECT_EQ(command::behind_announcement(result, "tarvik -sta v.seed"), expected);
+  EXPECT_EQ(command::after_announcement(result, "tarvik -sta v.seed"), expected);
   EXPECT_EQ(result.status, 1);
 }
 
@@ -574,7 +573,7 @@ TEST_F(TarvikDamage, FileThatShrinksEndsTheRun) {
   const Result result = command::run(command);
   EXPECT_TRUE(result.error.ends_with("\ntarvik: v.seed changed while it was read.\n"))
       << result.error.substr(result.error.size() - 200);
-  EXPECT_NE(command::behind_announcement(result, "tarvik -vv v.seed"), result.error);
+  EXPECT_NE(command::after_announcement(result, "tarvik -vv v.seed"), result.error);
   EXPECT_EQ(result.output, "");
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.signal, 0);
@@ -623,18 +622,18 @@ TEST_F(TarvikStreams, FullOutputIsReported) {
   Command command = command_with({"v.seed"});
   command.output = Stream::kFull;
   const Result result = command::run(command);
-  EXPECT_EQ(command::behind_announcement(result, "tarvik v.seed"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik v.seed"),
             "tarvik: write error: No space left on device\n");
   EXPECT_EQ(result.status, 1);
 }
 
-TEST_F(TarvikStreams, FullOutputIsReportedBehindTheComplaints) {
+TEST_F(TarvikStreams, FullOutputIsReportedAfterTheComplaints) {
   VolumeWriter out(512);
   write(out.control('S', station("DYNGA")).control('S', "abc0007"));
   Command command = command_with({"-sta", "v.seed"});
   command.output = Stream::kFull;
   const Result result = command::run(command);
-  EXPECT_EQ(command::behind_announcement(result, "tarvik -sta v.seed"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik -sta v.seed"),
             "scan_int: Failed integer input: 'abc'\n"
             "sdblk_parseblk: scan_int(blockette_type,'abc') error at S:000001\n"
             "sdblk_parseblk (v.seed) error.\n"
@@ -656,7 +655,7 @@ TEST_F(TarvikStreams, ClosedOutputIsReported) {
   Command command = command_with({"v.seed"});
   command.output = Stream::kClosed;
   const Result result = command::run(command);
-  EXPECT_EQ(command::behind_announcement(result, "tarvik v.seed"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik v.seed"),
             "tarvik: write error: Bad file descriptor\n");
   EXPECT_EQ(result.status, 1);
 }
@@ -674,7 +673,7 @@ TEST_F(TarvikStreams, UnusedClosedOutputIsNoWriteError) {
   Command command = command_with({"-v"});
   command.output = Stream::kClosed;
   const Result result = command::run(command);
-  EXPECT_EQ(command::behind_announcement(result, "tarvik -v"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik -v"),
             std::string("Need seedfile argument.\n") + kUsage);
   EXPECT_EQ(result.status, 1);
 }
@@ -684,7 +683,7 @@ TEST_F(TarvikStreams, ReaderThatGoesAwayEndsTheRunQuietly) {
   Command command = command_with({"v.seed"});
   command.output = Stream::kGone;
   const Result result = command::run(command);
-  EXPECT_EQ(command::behind_announcement(result, "tarvik v.seed"), "");
+  EXPECT_EQ(command::after_announcement(result, "tarvik v.seed"), "");
   EXPECT_EQ(result.signal, SIGPIPE);
 }
 
@@ -704,7 +703,7 @@ TEST_F(TarvikStreams, ReaderThatGoesAwayEndsTheRunAlsoWithTheSignalIgnored) {
   std::signal(SIGPIPE, SIG_IGN);
   const Result result = command::run(command);
   std::signal(SIGPIPE, SIG_DFL);
-  EXPECT_EQ(command::behind_announcement(result, "tarvik v.seed"), "");
+  EXPECT_EQ(command::after_announcement(result, "tarvik v.seed"), "");
   EXPECT_EQ(result.signal, SIGPIPE);
 }
 
@@ -715,7 +714,7 @@ class TarvikControlBytes : public CommandFixture {
     write(record_of_type("000001", type));
     Command command = command_with({"-v", "v.seed"});
     command.error = error;
-    return command::behind_announcement(command::run(command), "tarvik -v v.seed");
+    return command::after_announcement(command::run(command), "tarvik -v v.seed");
   }
 };
 
@@ -774,16 +773,16 @@ class TarvikLong : public CommandFixture {
   // program needs at most is counted from before it is loaded, when it is still a copy of this one.
   void write_data(int records) const {
     const std::string record = data_record().bytes(512);
-    const std::string_view behind_number = std::string_view(record).substr(6);
+    const std::string_view after_number = std::string_view(record).substr(6);
     std::ofstream file(directory_ / "v.seed", std::ios::binary);
-    for (int i = 1; i <= records; ++i) file << number(i) << behind_number;
+    for (int i = 1; i <= records; ++i) file << number(i) << after_number;
     if (!file.flush()) throw std::runtime_error("v.seed cannot be written");
   }
 
   // The most memory, in KiB, of a run that must succeed quietly.
   [[nodiscard]] long peak_of_reading(const Counts &counts) const {
     const Result result = tarvik({"v.seed"});
-    EXPECT_EQ(command::behind_announcement(result, "tarvik v.seed"), "");
+    EXPECT_EQ(command::after_announcement(result, "tarvik v.seed"), "");
     EXPECT_EQ(result.output, at_end(counts));
     EXPECT_EQ(result.status, 0);
     return result.peak_kib;
@@ -795,10 +794,10 @@ class TarvikLong : public CommandFixture {
   static std::string number(int sequence) { return std::to_string(1000000 + sequence).substr(1); }
 };
 
-TEST_F(TarvikLong, RecordsBehindFourGibibytesAreRead) {
+TEST_F(TarvikLong, RecordsAfterFourGibibytesAreRead) {
   write_sparse(6, off_t{1} << 30);
   const Result result = tarvik({"-lsize", "1073741824", "-v", "v.seed"});
-  EXPECT_EQ(command::behind_announcement(result, "tarvik -lsize 1073741824 -v v.seed"),
+  EXPECT_EQ(command::after_announcement(result, "tarvik -lsize 1073741824 -v v.seed"),
             "000001: S: B0051[000000,000000008,0014]: Station Comment Blockette\n"
             "000002: S: B0051[000001,1073741832,0014]: Station Comment Blockette\n"
             "000003: S: B0051[000002,2147483656,0014]: Station Comment Blockette\n"
@@ -840,14 +839,14 @@ class TarvikSample : public testing::Test {
 TEST_F(TarvikSample, SummaryIsTheOneInTheTree) {
   const Result result = tarvik({"tarvik", "-sta", "demo.seed"});
   EXPECT_EQ(result.output, golden("demo_sta.txt"));
-  EXPECT_EQ(command::behind_announcement(result, "tarvik -sta demo.seed"), "");
+  EXPECT_EQ(command::after_announcement(result, "tarvik -sta demo.seed"), "");
   EXPECT_EQ(result.status, 0);
 }
 
 TEST_F(TarvikSample, VerboseSummaryIsTheOneInTheTree) {
   const Result result = tarvik({"tarvik", "-sta", "-v", "demo.seed"});
   EXPECT_EQ(result.output, golden("demo_sta_v.txt"));
-  EXPECT_EQ(command::behind_announcement(result, "tarvik -sta -v demo.seed"), "");
+  EXPECT_EQ(command::after_announcement(result, "tarvik -sta -v demo.seed"), "");
   EXPECT_EQ(result.status, 0);
 }
 

@@ -94,7 +94,7 @@ std::string chain_of_1025() {
   return data_volume(data, 8192);
 }
 
-// A volume identifier that states 64 bytes, fewer than are read; the header behind them stands in
+// A volume identifier that states 64 bytes, fewer than are read; the header after them stands in
 // its own last field.
 std::string step_back() {
   std::string text = "000001V 010010002.306~~~~";
@@ -162,7 +162,7 @@ std::vector<Hostile> data_records() {
        "sdblk_unstuff_dblk: sdblk_getv (FIXED->blk_offset) error.\n"},
       {"RecordCutInItsChain", data_volume(record().b1000(3, 1, 9), 64).substr(0, 50), 0,
        "Bad blockette offset 48 at D:000001 - rest of the chain ignored.\n"},
-      {"ChainThatStartsBehindTheRecord", data_volume(first_at(60000)), 0,
+      {"ChainThatStartsAfterTheRecord", data_volume(first_at(60000)), 0,
        "Bad blockette offset 60000 at D:000001 - rest of the chain ignored.\n"},
       {"ChainThatStartsInTheHeader", data_volume(first_at(1)), 0, ""},
       {"ChainInACircle", data_volume(record().blockette(100, std::string(8, 'x'), 48)), 0,

@@ -119,7 +119,7 @@ std::string overlapping_texts(int count, unsigned steps) {
       image += step;
     }
     out.raw_record(image);
-    // Behind it nothing but ends of texts, for two records.
+    // After it nothing but ends of texts, for two records.
     const std::string ends = "   " + std::string(image.size() - 11, '~');
     out.control('V', ends).control('V', ends);
   }

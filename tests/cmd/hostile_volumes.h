@@ -12,7 +12,7 @@ std::string shortest_records(int count);
 // Data records whose chains go back and forth over 1024 blockettes, 8 KiB each.
 std::string longest_chains(int count);
 // Data records of 4 KiB in which the header stands again every 64 bytes, each time with a chain,
-// and two records of blanks behind each.
+// and two records of blanks after each.
 std::string overlapping_records(int count);
 // The same with chains of opaque blockettes, each of which takes the rest of the record as its
 // texts; records of so many times 64 bytes.
@@ -23,7 +23,7 @@ std::string far_chains(int count);
 // Dictionary blockettes that promise 9999 coefficients and hold one byte.
 std::string broken_promises(int count);
 // Control records of 64 bytes, none followed by the next number, so that each reaches to the end of
-// the volume; there a volume identifier puts the reader back to 64 bytes behind the record's start.
+// the volume; there a volume identifier puts the reader back to 64 bytes after the record's start.
 // The blockettes promise 9999 coefficients and hold one byte, and all are read once for each
 // record.  At most 2048 records make sense.
 std::string steps_back(int count);

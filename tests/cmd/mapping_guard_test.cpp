@@ -17,7 +17,7 @@ using namespace tarvik;
 namespace {
 
 // Reads a page of a file that has no bytes any more.
-void read_behind_a_files_end() {
+void read_after_a_files_end() {
   std::FILE *file = std::tmpfile();
   constexpr std::size_t kSize = 4096;
   if (file == nullptr || ftruncate(fileno(file), kSize) != 0) return;
@@ -35,7 +35,7 @@ TEST(MappingGuardDeathTest, FaultElsewhereIsLeftToTheSystem) {
   vol.filename = name.data();
   const auto fault = [&vol] {
     guard_mapping(vol);
-    read_behind_a_files_end();
+    read_after_a_files_end();
   };
   EXPECT_EXIT(fault(), testing::KilledBySignal(SIGBUS), "^$");
 }

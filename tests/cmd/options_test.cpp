@@ -15,7 +15,7 @@ namespace {
 constexpr char kUsage[] =
     "usage: tarvik [-lsize logical_size] [-types tlist] [-v[v]] [-sta] seedfile\n";
 
-// The arguments behind the program's name, parsed.
+// The arguments after the program's name, parsed.
 struct Parsed {
   Options options;
   bool accepted;

@@ -72,7 +72,7 @@ ControlBlockette channel(const Channel &channel) {
                       .end = channel.end});
 }
 
-// A response blockette that ends behind its stage.  Types 53, 54, 56 and 62 have fields in front.
+// A response blockette that ends after its stage.  Types 53, 54, 56 and 62 have fields before it.
 ControlBlockette response(int type, int stage) {
   ControlBlockette blockette(type);
   if (type == 53 || type == 54 || type == 62) blockette.fixed("A", 1);
@@ -125,7 +125,7 @@ class StationDump : public CommandFixture {
     for (const std::string &argument : arguments) command_line += " " + argument;
     write(volume_);
     const Result result = tarvik(arguments);
-    EXPECT_EQ(command::behind_announcement(result, command_line), "");
+    EXPECT_EQ(command::after_announcement(result, command_line), "");
     EXPECT_EQ(result.status, 0);
     const std::string end = at_end(counts_);
     EXPECT_TRUE(result.output.ends_with(end)) << result.output;
@@ -172,7 +172,7 @@ TEST_F(StationDump, StationWithoutFieldsShowsNothing) {
   EXPECT_EQ(header(ControlBlockette(50)).summary(), "\?\?       NULL NULL\n");
 }
 
-TEST_F(StationDump, StationCutBehindItsCodeHasNoTimes) {
+TEST_F(StationDump, StationCutAfterItsCodeHasNoTimes) {
   EXPECT_EQ(header(ControlBlockette(50).fixed("DYNGA", 5)).summary(), "\?\? DYNGA NULL NULL\n");
 }
 
@@ -206,7 +206,7 @@ TEST_F(StationDump, VerboseStationWithoutFieldsHasZeros) {
             "         0.0000 0.0000 0.000\n");
 }
 
-TEST_F(StationDump, ValuesBehindTheFirstMissingOneAreMissing) {
+TEST_F(StationDump, ValuesAfterTheFirstMissingOneAreMissing) {
   // There is a latitude, but no longitude.
   const auto blockette =
       ControlBlockette(50).fixed("DYNGA", 5).coordinate(64.9931, volume::kLatitude);
@@ -376,7 +376,7 @@ TEST_F(StationDumpReferences, StagesThatAreNotThereHaveNoReferences) {
 }
 
 TEST_F(StationDumpReferences, StageWithoutItsFieldsHasNoReferences) {
-  // The second stage ends behind its number.
+  // The second stage ends after its number.
   header(ControlBlockette(60).digits(2, 2).digits(1, 2).digits(1, 2).digits(1, 4).digits(2, 2));
   EXPECT_EQ(summary(), kIndent + " 60()->[43(1)]");
 }
@@ -387,7 +387,7 @@ TEST_F(StationDumpReferences, ReferencesThatAreNotThereAreUnknown) {
   EXPECT_EQ(summary(), kIndent + " 60()->[43(1) \?\?(1) \?\?(1)]");
 }
 
-TEST_F(StationDumpReferences, LineGoesOnBehindTheBracket) {
+TEST_F(StationDumpReferences, LineGoesOnAfterTheBracket) {
   header(references({{1, {1}}})).header(response(58, 3));
   EXPECT_EQ(summary(), kIndent + " 60()->[43(1)] 58(3)");
 }
@@ -410,7 +410,7 @@ TEST_F(StationDumpReferences, FirstReferenceNeverWraps) {
                            kIndent + " 47(1)]");
 }
 
-TEST_F(StationDumpReferences, BracketOpensOnANewLineBehindElevenItems) {
+TEST_F(StationDumpReferences, BracketOpensOnANewLineAfterElevenItems) {
   headers(gains(11)).header(references({{1, {1}}}));
   EXPECT_EQ(summary(), kIndent +
                            " 58(1) 58(1) 58(1) 58(1) 58(1) 58(1) 58(1) 58(1) 58(1) 58(1) 58(1)\n" +

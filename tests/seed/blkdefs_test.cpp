@@ -242,7 +242,7 @@ TEST(Catalogue, KeysAreLowerCaseWords) {
 
 TEST(Catalogue, DataHeaderFieldsTake40Bytes) {
   // 5+2+3+2 codes, 10 time, 2+2+2 samples, 1+1+1 flags, 1 count, 4 correction, 2+2 offsets: with
-  // the 8 bytes in front the fixed section of 48.
+  // the 8 bytes before it the fixed section of 48.
   EXPECT_EQ(width_sum(fields_of(99)), 40);
 }
 
@@ -252,7 +252,7 @@ struct ExpectedWidth {
 };
 
 TEST(Catalogue, FixedDataBlockettesTakeTheirBytes) {
-  // Without the four bytes of type and next offset in front.
+  // Without the four bytes of type and next offset, which come first.
   const ExpectedWidth expected[] = {
       {100, 5},               // 4+1
       {200, 48},              // 4+4+4 +1+1 +10 +24
@@ -274,7 +274,7 @@ TEST(Catalogue, FixedDataBlockettesTakeTheirBytes) {
 }
 
 TEST(Catalogue, FixedControlBlockettesTakeTheirCharacters) {
-  // Without the seven characters of type and length in front, and without the groups.
+  // Without the seven characters of type and length, which come first, and without the groups.
   const ExpectedWidth expected[] = {
       {11, 3},   // the count
       {12, 4},   // the count
@@ -593,7 +593,7 @@ void fill_with_type(std::int32_t type) {
   blkdefs::fill_index({&def, 1}, slots);
 }
 
-TEST(FillIndexDeathTest, TypeBehindTheLastSlotEndsTheProgram) {
+TEST(FillIndexDeathTest, TypeAfterTheLastSlotEndsTheProgram) {
   EXPECT_EXIT(fill_with_type(2048), testing::ExitedWithCode(1),
               "^sdblk_blkdefs_init: blockette type 2048 out of range\\.\n$");
 }

@@ -83,10 +83,10 @@ TEST(Keys, OfGroupsAreLookedAtToo) {
 
 TEST(Counts, MustStandBeforeWhatTheyCount) {
   const SDBlkFieldDef before[] = {integer("n"), reals("values", "n")};
-  const SDBlkFieldDef behind[] = {reals("values", "n"), integer("n")};
+  const SDBlkFieldDef after[] = {reals("values", "n"), integer("n")};
   const SDBlkFieldDef no_number[] = {text("n"), reals("values", "n")};
   EXPECT_TRUE(counts_stand_before(before, 53));
-  EXPECT_FALSE(counts_stand_before(behind, 53));
+  EXPECT_FALSE(counts_stand_before(after, 53));
   EXPECT_FALSE(counts_stand_before(no_number, 53));
 }
 

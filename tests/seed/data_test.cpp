@@ -263,7 +263,7 @@ TEST(Chain, BlocketteIsDescribedWhole) {
   EXPECT_EQ(second->logical_length, 512);
   EXPECT_EQ(second->record_offset, 512);
   EXPECT_EQ(second->record_type, 'D');
-  // The reading position stands 64 bytes behind the record's start; the blockette lies at 60.
+  // The reading position stands 64 bytes after the record's start; the blockette lies at 60.
   EXPECT_EQ(second->file_offset, 512 + 64 + 60);
   EXPECT_EQ(second->data_ptr, block->data_ptr + 60);
   EXPECT_EQ(second->block_number, 2) << "the number of the next block, not counted up";
@@ -280,7 +280,7 @@ TEST(Chain, BlocketteIsDescribedWhole) {
 }
 
 TEST(Chain, OffsetInAFileOfAShortLastRecordCountsFromItsEnd) {
-  // 56 bytes: all of them are behind the reading position.
+  // 56 bytes: all of them are after the reading position.
   BlockReader reader(data_record().b1000(3, 1, 9).bytes(56));
   EXPECT_EQ(reader.decode_next()->next->file_offset, 56 + 48);
 }
@@ -310,7 +310,7 @@ TEST(Chain, LastLengthWithoutDataIs64) {
   EXPECT_EQ(chained(reader.decode_next(), 2)->blockette_length, 64);
 }
 
-TEST(Chain, LengthOfABlocketteBehindTheDataIsNegative) {
+TEST(Chain, LengthOfABlocketteAfterTheDataIsNegative) {
   DataRecord record = data_record().b100(20);
   record.forced_data_offset = 40;
   BlockReader reader(bytes_of(record));
@@ -320,8 +320,8 @@ TEST(Chain, LengthOfABlocketteBehindTheDataIsNegative) {
 TEST(Chain, DataOnlyBlocketteStatesTheRecordsLength) {
   BlockReader first(bytes_of(data_record().b1000(3, 1, 9)));
   EXPECT_EQ(first.decode_next()->blockette_length, 512);
-  BlockReader behind(bytes_of(data_record().b100(20).b1001(1, 2, 3).b1000(3, 1, 12)));
-  EXPECT_EQ(behind.decode_next()->blockette_length, 4096);
+  BlockReader after(bytes_of(data_record().b100(20).b1001(1, 2, 3).b1000(3, 1, 12)));
+  EXPECT_EQ(after.decode_next()->blockette_length, 4096);
 }
 
 TEST(Chain, LengthExponentCountsModulo32) {
@@ -345,7 +345,7 @@ TEST(Chain, UnknownBlocketteIsPassed) {
   EXPECT_EQ(block->blockette_length, 512);
 }
 
-TEST(Chain, TypesBehindTheIndexAreReadAsFixedSections) {
+TEST(Chain, TypesAfterTheIndexAreReadAsFixedSections) {
   for (const unsigned type : {2048U, 4096U, 65535U}) {
     BlockReader reader(bytes_of(data_record().blockette(type, "STA  LOBHZNT")));
     const SDBlk *block = reader.decode_next();
@@ -505,7 +505,7 @@ TEST(BadChain, Of1024BlockettesIsWhole) {
   EXPECT_EQ(chain_size(block), 1024);
 }
 
-TEST(BadChain, EndsBehind1024Blockettes) {
+TEST(BadChain, EndsAfter1024Blockettes) {
   expect_chain_ended(long_chain(1025), 8192, 48 + 4 * 1024, 1024);
 }
 
@@ -556,7 +556,7 @@ TEST(CutRecord, MissingBytesAreZero) {
 }
 
 TEST(CutRecord, MissingBytesOfTheDayCountAsZero) {
-  // Cut behind the first byte of the day: 0x01 is 256 big-endian, 1 little-endian; the year
+  // Cut after the first byte of the day: 0x01 is 256 big-endian, 1 little-endian; the year
   // decides.
   std::string bytes = bytes_of(data_record(ByteOrder::kLittle));
   bytes[22] = 1;
@@ -631,7 +631,7 @@ TEST(CutRecord, ShorterThanItsHeaderHasNoFields) {
 }
 
 TEST(CutRecord, EndsWithTheLengthInForceToo) {
-  // A record of 64 bytes in front of others: what lies behind its end is not read.
+  // A record of 64 bytes before others: what lies after its end is not read.
   VolumeWriter writer(64);
   writer.data(data_record().b100(20).blockette(2000, ""));
   writer.raw_record("000002D " + std::string(56, '\x7F'));

@@ -176,11 +176,11 @@ TEST_F(EntryTree, GetvStoresNothingForAnUnknownKind) {
 TEST_F(EntryTree, GetvStopsAtTheFirstMissingKey) {
   std::int32_t before = 0;
   std::int32_t missing = -1;
-  std::int32_t behind = -1;
-  EXPECT_EQ(sdblk_getv(tree_, "int", &before, "gone", &missing, "code", &behind, nullptr), -1);
+  std::int32_t after = -1;
+  EXPECT_EQ(sdblk_getv(tree_, "int", &before, "gone", &missing, "code", &after, nullptr), -1);
   EXPECT_EQ(before, 42);
   EXPECT_EQ(missing, -1);
-  EXPECT_EQ(behind, -1);
+  EXPECT_EQ(after, -1);
   EXPECT_EQ(log_.registered(), "sdblk_getv: entry 'gone' not defined.\n");
 }
 

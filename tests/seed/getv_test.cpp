@@ -67,11 +67,11 @@ TEST(Get, FirstMissingKeyEndsIt) {
   const SDBlk *blk = reader.decode_next();
   std::int32_t before = 0;
   std::int32_t missing = -1;
-  double behind = -1;
-  EXPECT_EQ(sdblk::get(blk->contents, "stage", &before, "gone", &missing, "norm", &behind), -1);
+  double after = -1;
+  EXPECT_EQ(sdblk::get(blk->contents, "stage", &before, "gone", &missing, "norm", &after), -1);
   EXPECT_EQ(before, 2);
   EXPECT_EQ(missing, -1);
-  EXPECT_EQ(behind, -1);
+  EXPECT_EQ(after, -1);
   EXPECT_EQ(log.registered(), "sdblk_getv: entry 'gone' not defined.\n");
 }
 

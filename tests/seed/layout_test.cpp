@@ -36,7 +36,7 @@ struct Decoded {
 
 Decoded unpack(const SDBlkDef &def, std::string_view bytes, bool big_endian) {
   SDBlkVol vol = {};
-  // No byte more than given, so that the sanitizers see a step behind them.
+  // No byte more than given, so that the sanitizers see a step after them.
   const std::vector<char> image(bytes.begin(), bytes.end());
   Arr *contents = arr_new_pooled(512);
   const Cursor cursor(image.data(), static_cast<std::int64_t>(image.size()));

@@ -1168,7 +1168,7 @@ constexpr std::string_view kFixedSection = R"(
         blk_offset = 0
 )";
 
-// The listing at level 1 behind a newline, without blanks at the ends of its lines.
+// The listing at level 1 after a newline, without blanks at the ends of its lines.
 std::string listing_of(const SDBlk *block) {
   LogCapture log;
   sdblk_printblk(block, "", 1);
@@ -1190,7 +1190,7 @@ DataRecord record_of(const DataCase &c) {
   return record;
 }
 
-// Behind the listing of the fixed section, with the newline in front.
+// After the listing of the fixed section, with the newline before it.
 std::string chained_listing(const SDBlk *block) {
   const std::string text = listing_of(block);
   return text.substr(text.find("\n           B"));

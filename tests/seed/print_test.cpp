@@ -203,7 +203,7 @@ TEST(TextRows, OfNoBytesAreNone) {
 }
 
 TEST(TextRows, OfACopyEndWithItsBytes) {
-  // The raw bytes of a copy have no 0 behind them.
+  // The raw bytes of a copy have no 0 after them.
   BlockReader reader(one('S', ControlBlockette(999).raw("abc")));
   SDBlk *copy = sdblk_copy(reader.decode_next());
   ASSERT_NE(copy, nullptr);

@@ -26,7 +26,7 @@ using volume::VolumeWriter;
 
 constexpr int kEnd = 999999999;
 
-// The text, blanks behind it up to a size.
+// The text, blanks after it up to a size.
 std::string padded(std::string text, std::size_t size) {
   text.resize(size, ' ');
   return text;
@@ -89,13 +89,13 @@ TEST(ParseBlk, EndIsGivenAgainAndAgain) {
   EXPECT_EQ(reader.next(), kEnd);
 }
 
-TEST(ParseBlk, BlocketteInTheLastSevenBytesIsOnlyReadBehindAHeader) {
+TEST(ParseBlk, BlocketteInTheLastSevenBytesIsOnlyReadAfterAHeader) {
   Reader reader("000001V 01100070120007");
   EXPECT_EQ(reader.next(), 7);
   EXPECT_EQ(reader.next(), kEnd);
 }
 
-TEST(ParseBlk, FragmentBehindTheLastRecordIsIgnored) {
+TEST(ParseBlk, FragmentAfterTheLastRecordIsIgnored) {
   LogCapture log;
   Reader reader(padded("000001V 0110007", 512) + "000002V", 512);
   EXPECT_EQ(reader.next(), 7);
@@ -133,7 +133,7 @@ TEST(ParseBlk, RecordsOf512AreFoundFromTheDefaultOf4096) {
 
 TEST(ParseBlk, EachPowerOfTwoIsFound) {
   for (std::size_t length = 64; length <= 131072; length *= 2) {
-    // Behind the second header the image goes on, so that no shorter candidate reaches its end.
+    // After the second header the image goes on, so that no shorter candidate reaches its end.
     std::string bytes = padded("000001V 0110007", length) + padded("000002V ", 131072);
     Reader reader(bytes, 100);
     ASSERT_EQ(reader.next(), 7) << length;
@@ -218,7 +218,7 @@ TEST(ParseBlk, NegativeSequenceIsComparedByItsFirstSixCharacters) {
   EXPECT_EQ(length_before("-00002V ", "-00000V "), 512);
 }
 
-// The length of the first record when an image of 512 bytes and `next` ends behind that.
+// The length of the first record when an image of 512 bytes and `next` ends after that.
 std::int32_t length_before_cut(std::string_view next) {
   Reader reader(padded("000001V 0110007", 512) + std::string(next), 512);
   reader.next();
@@ -540,7 +540,7 @@ TEST(ParseBlk, TwoBlanksBeforeADigitAreAType) {
   EXPECT_EQ(reader.blk().blockette_type, 6);
 }
 
-TEST(ParseBlk, WhatStandsBehindThreeBlanksIsSkipped) {
+TEST(ParseBlk, WhatStandsAfterThreeBlanksIsSkipped) {
   Reader reader(padded("000001S    0510007", 64) + padded("000002S 0520007", 64), 64);
   ASSERT_EQ(reader.next(), 7);
   EXPECT_EQ(reader.blk().blockette_type, 52);
@@ -787,7 +787,7 @@ TEST(ParseBlk, DataRecordOf64BytesIsOneStep) {
   EXPECT_EQ(reader.next(), kEnd);
 }
 
-TEST(ParseBlk, LastDataRecordMayBeCutAnywhereBehindItsHeader) {
+TEST(ParseBlk, LastDataRecordMayBeCutAnywhereAfterItsHeader) {
   const std::string record = data_record().bytes(128, 1);
   for (std::size_t size = 8; size <= 128; ++size) {
     Reader reader(record.substr(0, size), 128);

@@ -23,7 +23,7 @@ namespace {
 
 using namespace std::string_literals;
 
-// The text in memory of exactly its size: a checker sees every read behind it.
+// The text in memory of exactly its size: a checker sees every read after it.
 class ExactBytes {
  public:
   explicit ExactBytes(std::string_view text)
@@ -360,7 +360,7 @@ double epoch_of(int year, int day, int hour = 0, int minute = 0, double seconds 
 TEST(ScanTime, EmptyTextIsNoTime) { EXPECT_EQ(time_of(""), 9999999999.999); }
 
 TEST(ScanTime, EachLengthHasItsItems) {
-  // 1999-01-01 is 915148800 seconds behind 1970-01-01.
+  // 1999-01-01 is 915148800 seconds after 1970-01-01.
   EXPECT_EQ(time_of("1999,001"), 915148800.0);
   EXPECT_EQ(time_of("1999"), 915148800.0 - 86400);
   EXPECT_EQ(time_of("1999,001,12"), 915148800.0 + 12 * 3600);
@@ -486,7 +486,7 @@ TEST(ScanVarStr, TildeEndsTheValue) {
   EXPECT_EQ(variable_of(" Station name ~", 40), (VariableScan{15, "Station name"}));
 }
 
-TEST(ScanVarStr, NothingBehindTheTildeIsLookedAt) {
+TEST(ScanVarStr, NothingAfterTheTildeIsLookedAt) {
   // A limit beyond the text's memory: a checker sees a step too far.
   EXPECT_EQ(variable_of("AB~", 100), (VariableScan{3, "AB"}));
 }

@@ -309,7 +309,7 @@ TEST(StationBuffer, ARangeThatEndsBeforeAStationRefusesAllOfIt) {
   EXPECT_EQ(feeder.station(), nullptr);
 }
 
-TEST(StationBuffer, ARangeThatStartsBehindAStationRefusesIt) {
+TEST(StationBuffer, ARangeThatStartsAfterAStationRefusesIt) {
   Feeder feeder({station("ABC", {2010, 2012})});
   feeder.start = epoch_of(2013);
   feeder.end = epoch_of(2014);
@@ -444,10 +444,10 @@ TEST(StationBuffer, ChannelCommentsAreSharedByItsEpochs) {
 }
 
 TEST(StationBuffer, AnEpochIsFollowedByNothingButItsOwn) {
-  for (const ControlBlockette &behind :
+  for (const ControlBlockette &after :
        {station("ABC"), comment(51), time_span(), ControlBlockette(49), ControlBlockette(63)}) {
-    Feeder feeder({station("ABC"), channel("", "BHZ"), behind});
-    EXPECT_EQ(feeder.feed(3), (Results{1, 1, 2})) << behind.text();
+    Feeder feeder({station("ABC"), channel("", "BHZ"), after});
+    EXPECT_EQ(feeder.feed(3), (Results{1, 1, 2})) << after.text();
     EXPECT_EQ(feeder.station()->state, 0);
   }
 }
@@ -706,7 +706,7 @@ TEST(StationBuffer, AChannelKeyThatDoesNotFitEndsTheProgram) {
 
 const char kNoMemory[] = "    Cannot allocate memory\n";
 
-// The last message that the buffer itself registered, with the line of the system behind it.
+// The last message that the buffer itself registered, with the line of the system after it.
 std::string own_message(const std::string &registered) {
   const std::size_t start = registered.rfind("sdblk_setup_stabuf: ");
   return start == std::string::npos ? registered : registered.substr(start);

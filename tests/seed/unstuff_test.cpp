@@ -50,7 +50,7 @@ TEST(UnstuffBlk, NullContentsGetANewArray) {
   freearr(block.contents, free_sdblk_entry);
 }
 
-TEST(UnstuffBlk, FieldsStartBehindTypeAndLength) {
+TEST(UnstuffBlk, FieldsStartAfterTypeAndLength) {
   BlockReader reader(one('S', ControlBlockette(50).fixed("DYNG", 5)));
   EXPECT_EQ(text_of(reader.decode_next()->contents, "sta"), "DYNG");
 }

@@ -206,7 +206,7 @@ TEST(ScanFailure, RealNumberIsReportedWithItsBytes) {
   SDBlk *block = reader.next();
   LogCapture log;
   EXPECT_EQ(sdblk_unstuffblk(block), -1);
-  // The dump: 26 characters behind eight blanks, filled up to 64.
+  // The dump: 26 characters after eight blanks, filled up to 64.
   EXPECT_EQ(log.take(), "        DYNG north     +115.500000" + std::string(38, ' ') + "\n");
   EXPECT_EQ(log.registered(),
             "scan_double: Failed double input: 'north'\n"
@@ -360,7 +360,7 @@ void expect_keys_up_to_each_boundary(int type, char record_type, const std::vect
   }
 }
 
-TEST(ShortBlockette, FieldsBehindItsEndAreAbsent) {
+TEST(ShortBlockette, FieldsAfterItsEndAreAbsent) {
   expect_keys_up_to_each_boundary(50, 'S',
                                   {{"sta", "DYNG "},
                                    {"lat", "-08.250000"},
@@ -403,7 +403,7 @@ TEST(ShortBlockette, MissingFieldIsNotDefined) {
   EXPECT_EQ(registered(), "sdblk_getv: entry 'lat' not defined.\n");
 }
 
-TEST(ShortBlockette, RepetitionsBehindItsEndAreNull) {
+TEST(ShortBlockette, RepetitionsAfterItsEndAreNull) {
   const ControlBlockette blockette = ControlBlockette(53)
                                          .raw("A01003004")
                                          .real(1)
@@ -424,7 +424,7 @@ TEST(ShortBlockette, RepetitionsBehindItsEndAreNull) {
   EXPECT_EQ(repetition_of(contents, "zeros", 2), nullptr);
 }
 
-TEST(ShortBlockette, ElementsBehindItsEndAreEmpty) {
+TEST(ShortBlockette, ElementsAfterItsEndAreEmpty) {
   BlockReader texts(one('A', ControlBlockette(30).var("Steim").raw("000105003").var("F1")));
   const SDBlkEntry &keys = entry_of(texts.decode_next()->contents, "keys");
   ASSERT_EQ(keys.count, 3);
@@ -583,7 +583,7 @@ TEST(Walker, BinaryTimeIsAnEpoch) {
             946684800.5);
   // 2000, day 2, 01:02:03: 86400 + 3723 s later.
   EXPECT_EQ(walked_real({"\x07\xD0\x00\x02\x01\x02\x03\x00\x00\x00", 10}, time), 946774923.0);
-  // Cut behind the hour: 2000, day 1, 01:00:00.
+  // Cut after the hour: 2000, day 1, 01:00:00.
   EXPECT_EQ(walked_real({"\x07\xD0\x00\x01\x01", 5}, time), 946688400.0);
 }
 

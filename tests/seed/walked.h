@@ -68,7 +68,7 @@ SDBlkFieldDef group(const char *key, const char *number_entry,
   return def;
 }
 
-// The walker on bytes of exactly their size, with an empty volume behind it.
+// The walker on bytes of exactly their size, for an empty volume.
 class Walk {
  public:
   Walk(std::string_view bytes, const std::vector<SDBlkFieldDef> &fields, bool big_endian = true)

@@ -75,7 +75,7 @@ class Announced : public testing::Test {
   }
   static std::string build_id() { return command::build_id_in(announced("x", nullptr), "x"); }
 
-  // The announcement behind its name and extra text.
+  // The announcement after its name and extra text.
   static std::string rest_of_announcement(std::string_view command_line) {
     return std::string("   ") + kRelease + "  <#>\n   " + build_id() + "  <#>\n" +
            command::time_line(executable()) + std::string(command_line) + "\n";
@@ -140,7 +140,7 @@ TEST_F(AnnounceStr, TimeIsThatOfTheProgramOnThePath) {
   const std::string path = directory_.file("found", "x");
   const timespec early[2] = {{1000000000, 0}, {1000000000, 0}};  // not that of the executable
   ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), early, 0), 0);
-  // Three blanks in front of the time, where the announcement that is logged has four.
+  // Three blanks before the time, where the announcement that is logged has four.
   EXPECT_EQ(announce_str("found", "more"),
             head("found more") + command::time_line(path).substr(1) + "/opt/bin/tool -v 'a b'");
 }
@@ -202,7 +202,7 @@ TEST_F(Banner, EmptyExtraIsNone) {
             command::version_banner("tarvik", "", executable(), build_id(), ""));
 }
 
-TEST_F(Banner, ExtraStandsBehindTheName) {
+TEST_F(Banner, ExtraStandsAfterTheName) {
   EXPECT_EQ(banner_text("tarvik", "with more"),
             command::version_banner("tarvik", "with more", executable(), build_id(), ""));
 }

@@ -59,7 +59,7 @@ TEST(EightDigits, AnotherCharacterAtAnyPlaceIsSeen) {
   }
 }
 
-TEST(FirstOfEight, StandsBehindZeros) {
+TEST(FirstOfEight, StandsAfterZeros) {
   std::uint64_t value = 0;
   EXPECT_TRUE(read_eight_digits(first_of_eight<6>("123456D "), &value));
   EXPECT_EQ(value, 123456U);

@@ -206,7 +206,7 @@ TEST(PutHex, EveryByteAtEveryLength) {
   }
   for (std::size_t start = 0; start < bytes.size(); start += 16) {
     for (std::size_t size = 0; size <= 64 && start + size <= bytes.size(); ++size) {
-      // No byte more than given, so that the sanitizers see a step behind them.
+      // No byte more than given, so that the sanitizers see a step after them.
       const std::vector<char> piece(bytes.begin() + static_cast<std::ptrdiff_t>(start),
                                     bytes.begin() + static_cast<std::ptrdiff_t>(start + size));
       EXPECT_EQ(text_of([&](char *out) { return put_hex(out, piece.data(), size); }),

@@ -63,7 +63,7 @@ TEST(Settbl, MinusOneAppendsAndReturnsThePosition) {
   EXPECT_EQ(gettbl(list.get(), 99), &values[99]);
 }
 
-TEST(Settbl, PositionBehindTheEndFillsTheGapWithNull) {
+TEST(Settbl, PositionAfterTheEndFillsTheGapWithNull) {
   const OwnedTbl list(newtbl());
   int value = 0;
   EXPECT_EQ(settbl(list.get(), 20, &value), 20);

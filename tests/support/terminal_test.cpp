@@ -61,7 +61,7 @@ TEST(HideControlCharacters, IllFormedSequencesProtectNothing) {
   EXPECT_EQ(shown("\xf1\x80\x80z"), "\xf1??z");
 }
 
-TEST(HideControlCharacters, TextClosesUpBehindAShorterMark) {
+TEST(HideControlCharacters, TextClosesUpAfterAShorterMark) {
   EXPECT_EQ(shown("a\xc2\x85\xe2\x82\xac\x1b\xc2\x85z"), "a?\xe2\x82\xac??z");
   EXPECT_EQ(shown(""), "");
 }

@@ -87,7 +87,7 @@ class FatalHook {
 };
 
 // Makes one allocation of the library fail: the n-th from now on, counted from 1; with `always` all
-// behind it fail too.  An n of 0 makes none fail and only counts them.
+// after it fail too.  An n of 0 makes none fail and only counts them.
 class FailingMemory {
  public:
   explicit FailingMemory(long n, bool always = false) {

@@ -10,7 +10,7 @@
 #include "seed/sdblk.h"
 
 // Reads a volume block by block.  Its image has exactly the bytes given, so that the sanitizers see
-// a step behind them.
+// a step after them.
 class Reader {
  public:
   explicit Reader(std::string_view bytes, std::int32_t logical_length = 0)

@@ -269,8 +269,8 @@ std::string build_id_in(std::string_view text, std::string_view name) {
   return fits ? std::string(id) : std::string();
 }
 
-std::string behind_announcement(const Result &result, std::string_view command_line,
-                                std::string_view name) {
+std::string after_announcement(const Result &result, std::string_view command_line,
+                               std::string_view name) {
   const std::string id = build_id_in(result.error, name);
   const std::string expected = announcement(name, command_line, id);
   if (id.empty() || !result.error.starts_with(expected)) return result.error;

@@ -57,10 +57,10 @@ std::string announcement(std::string_view name, std::string_view command_line,
 // where no 40 hexadecimal digits stand in its place.
 std::string build_id_in(std::string_view text, std::string_view name);
 
-// Standard error without the announcement in front of it.  Where that is not the expected one,
+// Standard error without the announcement before it.  Where that is not the expected one,
 // nothing is taken away, so that a comparison fails and shows it.
-std::string behind_announcement(const Result &result, std::string_view command_line,
-                                std::string_view name = "tarvik");
+std::string after_announcement(const Result &result, std::string_view command_line,
+                               std::string_view name = "tarvik");
 
 // The version banner; patches is what it says about them, "" or ", 3 patches".
 std::string version_banner(std::string_view name, std::string_view extra,

@@ -38,7 +38,7 @@ std::string zero_filled(long value, int width) {
   return text.data();
 }
 
-// The digits that a picture has behind its decimal point, before any exponent.
+// The digits that a picture has after its decimal point, before any exponent.
 int decimals_of(std::string_view picture) {
   const std::size_t point = picture.find('.');
   if (point == std::string_view::npos) return 0;
@@ -303,7 +303,7 @@ std::string DataRecord::bytes(std::size_t length, long sequence) const {
 // Volumes.
 
 void VolumeWriter::start_record(char type, char continuation) {
-  if (record_length_ <= kHeaderLength) throw std::length_error("no room behind a record's header");
+  if (record_length_ <= kHeaderLength) throw std::length_error("no room after a record's header");
   new_record();
   bytes_ += record_header(next_sequence_++, type, continuation);
   room_ = record_length_ - kHeaderLength;

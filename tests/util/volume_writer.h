@@ -58,7 +58,7 @@ class ControlBlockette {
 
   // A whole number with leading zeros.
   ControlBlockette &digits(long value, int width);
-  // Text from the left, blanks behind it.
+  // Text from the left, blanks after it.
   ControlBlockette &fixed(std::string_view text, int width);
   // A number with an exponent: 1.23456 is " 1.23456E+00" in the picture "-#.#####E-##".
   ControlBlockette &real(double value, std::string_view picture = kReal12);
@@ -212,7 +212,7 @@ struct DataRecord {
   // 32-bit samples in the record's byte order become the payload, and are counted.
   DataRecord &samples32(const std::vector<std::int32_t> &values);
 
-  // The record, zeros behind the payload.
+  // The record, zeros after the payload.
   [[nodiscard]] std::string bytes(std::size_t length, long sequence = 1) const;
 };
 

@@ -93,7 +93,7 @@ TEST(VolumeWriter, ShortRecordIsPaddedWithBlanks) {
   EXPECT_EQ(volume.bytes(), "000001V 0330010ab~      ");
 }
 
-TEST(VolumeWriter, BlocketteRunsOnBehindTheNextHeader) {
+TEST(VolumeWriter, BlocketteRunsOnAfterTheNextHeader) {
   VolumeWriter volume(20);
   volume.control('A', ControlBlockette(33).raw("0123456789ABCDEFG"));
   EXPECT_EQ(volume.bytes(), "000001A 033002401234000002A*56789ABCDEFG");
