@@ -53,7 +53,7 @@ bool read(const char *text, double *value) {
   return true;
 }
 
-// Reads numbers of one picture that stand one after the other, until one is of another form.
+// Reads numbers of one picture, of which the compiler knows all widths, that stand one after the other, until one is of another form.
 // Returns how many were read.
 template <int kSign, int kDecimals>
 std::int32_t read_run(const char *text, std::int32_t count, double *values) {

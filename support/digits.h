@@ -33,7 +33,8 @@ inline void store_eight(char *text, std::uint64_t characters) {
 
 inline constexpr std::uint64_t kEightZeros = 0x3030303030303030;  // "00000000"
 
-// The value of eight digits; false when one is no digit.
+// The value of eight digits; false when one is no digit.  Digits are the bytes 0x30 to 0x39: their
+// high half is 3, and still 3 with 6 added.  Three multiplications take the place of one a digit.
 inline bool read_eight_digits(std::uint64_t text, std::uint64_t *value) {
   constexpr std::uint64_t kHigh = 0xF0F0F0F0F0F0F0F0;
   if (((text & kHigh) | (((text + 0x0606060606060606) & kHigh) >> 4)) != 0x3333333333333333) {

@@ -29,7 +29,7 @@ int count_digits(std::uint64_t value) {
   return guess + (value >= kPowersOfTen[static_cast<std::size_t>(guess)] ? 1 : 0);
 }
 
-// The lowest digits of value, as many as asked for, with leading zeros.
+// The lowest digits of value, as many as asked for, with zeros in front.
 char *put_last_digits(char *out, std::uint64_t value, int digits) {
   char *end = out + digits;
   char *at = end;
@@ -49,7 +49,7 @@ std::uint64_t put_sign(char **out, std::int64_t value) {
   return -static_cast<std::uint64_t>(value);
 }
 
-// A double as mantissa * 2^-shift.
+// A double as mantissa * 2^-shift: what is exact in integers needs no library's long division.
 struct Binary {
   std::uint64_t mantissa;
   int shift;
@@ -83,7 +83,7 @@ std::uint64_t scale(Binary binary, std::uint64_t power) {
   return whole + (rest + (whole & 1) > half ? 1 : 0);
 }
 
-// A number of millionths: the division is by a constant.
+// A number of millionths.  Its division is by a constant, which compilers turn into a multiplication.
 template <typename Number>
 char *put_millionths(char *out, Number value) {
   out = put_char(put_integer(out, static_cast<std::int64_t>(value / 1000000)), '.');
@@ -109,7 +109,8 @@ char *put_exact_fixed(char *out, double size, int decimals) {
   return put_last_digits(put_char(out, '.'), scaled % power, decimals);
 }
 
-// Sixteen bytes, the same with signs, and as two numbers.
+// Sixteen bytes, the same with signs, and as two numbers.  One operation on a vector does for all of
+// them what a loop would do for one byte at a time.
 using HexPiece = unsigned char __attribute__((vector_size(16)));
 using SignedPiece = signed char __attribute__((vector_size(16)));
 using HexHalves = std::uint64_t __attribute__((vector_size(16)));

@@ -55,7 +55,7 @@ inline char *put_integer(char *out, std::int64_t value) {
 // "%*.*ld" with as many digits at least (a minus sign comes on top): at most 20 bytes.
 char *put_digits(char *out, std::int64_t value, int digits);
 
-// "00" to "99".
+// "00" to "99": a division by 100 yields two digits at once, and a look at the table writes them.
 struct DigitPairs {
   char text[200];
 };

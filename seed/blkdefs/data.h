@@ -22,7 +22,7 @@ inline constexpr SDBlkFieldDef BDATA_blkdef[] = {
     field("activity_flags",   'B',   1, "UBYTE", SDBLK_INT,    "Activity flags",                   "One bit for each thing going on: calibration, applied time correction, start, end or course of an event, leap second"),
     field("clock_flags",      'B',   1, "UBYTE", SDBLK_INT,    "I/O and clock flags",              "One bit for each thing known of reading and clock: damaged or misread record, start or end of a series, locked clock"),
     field("quality_flags",    'B',   1, "UBYTE", SDBLK_INT,    "Data quality flags",               "One bit for each doubt on the data: saturation, clipping, spikes, gaps, telemetry faults, charging filter, questionable time"),
-    field("nblks",            'B',   1, "UBYTE", SDBLK_INT,    "Number of blockettes that follow", "Number of data blockettes in the chain behind the header"),
+    field("nblks",            'B',   1, "UBYTE", SDBLK_INT,    "Number of blockettes that follow", "Number of data blockettes in the chain after the header"),
     field("tcor",             'B',   4, "LONG",  SDBLK_INT,    "Time correction",                  "Correction of the start time in units of 0.0001 second"),
     field("data_offset",      'B',   2, "UWORD", SDBLK_INT,    "Beginning of data",                "Offset of the first sample from the start of the record in bytes, 0 when there are none"),
     field("blk_offset",       'B',   2, "UWORD", SDBLK_INT,    "First blockette",                  "Offset of the first data blockette from the start of the record in bytes, 0 when there is none"),

@@ -95,7 +95,7 @@ inline constexpr SDBlkFieldDef B0056_blkdef[] = {
     refers("iunits",  'D',   3, "###",             "uid",                 "Stage signal input units",  "Units of the signal that enters the stage, by their code in blockette [34]"),
     refers("ounits",  'D',   3, "###",             "uid",                 "Stage signal output units", "Units of the signal that leaves the stage, by their code in blockette [34]"),
     field("ncorners", 'D',   4, "####", SDBLK_INT,                        "Number of corners listed",  "Number of corner frequencies that follow"),
-    group("corners",                               "nfaps", BXXXX_corner, "Corners",                   "The corner frequencies, each with the slope behind it"),  // sic: counted by "ncorners"
+    group("corners",                               "nfaps", BXXXX_corner, "Corners",                   "The corner frequencies, each with the slope after it"),  // sic: counted by "ncorners"
 };
 
 inline constexpr SDBlkFieldDef B0057_blkdef[] = {

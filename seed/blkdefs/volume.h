@@ -12,13 +12,13 @@ namespace tarvik::blkdefs {
 // clang-format off
 
 inline constexpr SDBlkFieldDef B0005_blkdef[] = {
-    field("version", 'D',   4, "##.#", SDBLK_STRING, "Version of format",     "Version of the SEED format that the volume keeps to, major number before the point and minor number behind it"),
+    field("version", 'D',   4, "##.#", SDBLK_STRING, "Version of format",     "Version of the SEED format that the volume keeps to, major number before the point and minor number after it"),
     field("llenp",   'D',   2, "##",   SDBLK_INT,    "Logical record length", "Length of the volume's logical records in bytes, as a power of two (8 to 15)"),
     field("time",    'V',  22, "TIME", SDBLK_DOUBLE, "Beginning of volume",   "Time of the earliest data on the volume"),
 };
 
 inline constexpr SDBlkFieldDef B0008_blkdef[] = {
-    field("version",   'D',   4, "##.#", SDBLK_STRING, "Version of format",                  "Version of the SEED format that the volume keeps to, major number before the point and minor number behind it"),
+    field("version",   'D',   4, "##.#", SDBLK_STRING, "Version of format",                  "Version of the SEED format that the volume keeps to, major number before the point and minor number after it"),
     field("llenp",     'D',   2, "##",   SDBLK_INT,    "Logical record length",              "Length of the volume's logical records in bytes, as a power of two (8 to 15)"),
     field("sta",       'A',   5, "[UN]", SDBLK_STRING, "Station identifier",                 "Code of the station that the telemetry volume comes from"),
     field("loc",       'A',   2, "[UN]", SDBLK_STRING, "Location identifier",                "Code that tells apart the sites and instruments of one station, often blank"),
@@ -31,7 +31,7 @@ inline constexpr SDBlkFieldDef B0008_blkdef[] = {
 };
 
 inline constexpr SDBlkFieldDef B0010_blkdef[] = {
-    field("version",  'D',   4, "##.#", SDBLK_STRING, "Version of format",        "Version of the SEED format that the volume keeps to, major number before the point and minor number behind it"),
+    field("version",  'D',   4, "##.#", SDBLK_STRING, "Version of format",        "Version of the SEED format that the volume keeps to, major number before the point and minor number after it"),
     field("llenp",    'D',   2, "##",   SDBLK_INT,    "Logical record length",    "Length of the volume's logical records in bytes, as a power of two (8 to 15)"),
     field("time",     'V',  22, "TIME", SDBLK_DOUBLE, "Beginning time",           "Time of the earliest data on the volume"),
     field("endtime",  'V',  22, "TIME", SDBLK_DOUBLE, "End time",                 "Time of the latest data on the volume"),
