@@ -91,6 +91,26 @@ void leave_chain(SDBlk *record) {
   heir->chained = false;
 }
 
+// What a copy has of its own; false with a message registered.
+bool copy_raw(const SDBlk &block, SDBlk *copy) {
+  if (block.blockette_raw == nullptr) return true;
+  const std::int32_t length = block.blockette_length;
+  if (length < 0 || !block_take_raw(copy, length)) {
+    elog_log(1, "sdblk_copy: malloc (blockette_raw,%d) error.\n", length);
+    return false;
+  }
+  std::memcpy(copy->blockette_raw, block.blockette_raw, static_cast<std::size_t>(length));
+  return true;
+}
+
+bool copy_contents(const SDBlk &block, SDBlk *copy) {
+  if (block.contents == nullptr) return true;
+  copy->contents = sdblk_copy_entry_arr(block.contents);
+  if (copy->contents != nullptr) return true;
+  elog_log(0, "sdblk_copy: sdblk_copy_entry_arr(contents) error.\n");
+  return false;
+}
+
 // A block in a record's chain goes with the record.
 bool is_chained(const SDBlk *block) { return block->storage != nullptr && block->storage->chained; }
 
@@ -212,9 +232,8 @@ SDBlk *sdblk_copy(const SDBlk *block) {
     elog_log(1, "sdblk_copy: malloc (SDBlk,%ld) error.\n", block_size());
     return nullptr;
   }
-  auto *owned = new (piece) OwnedBlock{};
+  auto *owned = new (piece) OwnedBlock{*block, {}};
   SDBlk *copy = &owned->block;
-  *copy = *block;
   copy->storage = &owned->storage;
   copy->storage->shares_chain = true;
   if (block->storage != nullptr) {
@@ -222,27 +241,9 @@ SDBlk *sdblk_copy(const SDBlk *block) {
     copy->storage->number = block->storage->number;
     copy->storage->there = block->storage->there;
   }
-  if (block->blockette_raw != nullptr) {
-    const std::int32_t length = block->blockette_length;
-    copy->storage->raw =
-        length < 0 ? nullptr : static_cast<char *>(memory_get(static_cast<std::size_t>(length)));
-    if (copy->storage->raw == nullptr) {
-      elog_log(1, "sdblk_copy: malloc (blockette_raw,%d) error.\n", length);
-      memory_free(owned);
-      return nullptr;
-    }
-    std::memcpy(copy->storage->raw, block->blockette_raw, static_cast<std::size_t>(length));
-    copy->storage->raw_capacity = static_cast<std::size_t>(length);
-    copy->blockette_raw = copy->storage->raw;
-    copy->storage->raw_in_use = true;
-  }
-  if (block->contents == nullptr) return copy;
-  copy->contents = sdblk_copy_entry_arr(block->contents);
-  if (copy->contents == nullptr) {
-    elog_log(0, "sdblk_copy: sdblk_copy_entry_arr(contents) error.\n");
-    memory_free(copy->storage->raw);
-    memory_free(owned);
-    return nullptr;
-  }
-  return copy;
+  copy->blockette_raw = nullptr;
+  copy->contents = nullptr;
+  if (copy_raw(*block, copy) && copy_contents(*block, copy)) return copy;
+  release_memory(copy);
+  return nullptr;
 }
