@@ -11,7 +11,9 @@ namespace tarvik {
 // blockette (type, length), of a data blockette (type, offset of the next one); and of a data
 // record's header with its fixed section.
 inline constexpr std::int64_t kHeaderBytes = 8;
-inline constexpr std::int64_t kPrefixBytes = 7;
+inline constexpr std::int64_t kTypeBytes = 3;
+inline constexpr std::int64_t kLengthBytes = 4;
+inline constexpr std::int64_t kPrefixBytes = kTypeBytes + kLengthBytes;
 inline constexpr std::int64_t kLinkBytes = 4;
 inline constexpr std::int64_t kDataHeaderBytes = 48;
 

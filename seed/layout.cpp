@@ -133,7 +133,7 @@ consteval Layout make_layout() {
 }
 
 // Those that stand in nearly every record are found first.
-constexpr Layout layouts[] = {
+constexpr Layout kLayouts[] = {
     make_layout<blkdefs::BDATA_blkdef>(), make_layout<blkdefs::B1000_blkdef>(),
     make_layout<blkdefs::B1001_blkdef>(), make_layout<blkdefs::B0100_blkdef>(),
     make_layout<blkdefs::B0200_blkdef>(), make_layout<blkdefs::B0201_blkdef>(),
@@ -153,7 +153,7 @@ constexpr Layout layouts[] = {
 }  // namespace
 
 const Layout *find_layout(const SDBlkDef &def) {
-  for (const Layout &layout : layouts) {
+  for (const Layout &layout : kLayouts) {
     if (layout.fields == def.fields && layout.nfields == def.nfields) return &layout;
   }
   return nullptr;

@@ -20,8 +20,6 @@ using namespace tarvik;
 namespace {
 
 constexpr std::int32_t kSequenceSize = 6;  // digits of a sequence number
-constexpr std::int32_t kTypeSize = 3;      // digits of a control blockette's type
-constexpr std::int32_t kLengthSize = 4;    // and of its length, which follows
 constexpr std::int32_t kShortestRecord = 64;
 constexpr std::int32_t kLongestRecord = 131072;
 constexpr std::int32_t kDataStep = 64;  // a data record's header is looked for in such steps
@@ -227,14 +225,14 @@ bool take_raw(const SDBlkVol *vol, SDBlk *blk) {
 int start_control_block(SDBlkVol *vol, SDBlk **blkp) {
   Cursor prefix = rest_of_image(vol);
   std::int32_t type = 0;
-  if (!read_type(vol, prefix.take(kTypeSize), &type)) return -1;
+  if (!read_type(vol, prefix.take(kTypeBytes), &type)) return -1;
   SDBlk *blk = start_block(vol, blkp, type);
   if (blk == nullptr) {
     elog_log(1, "sdblk_parseblk: malloc(blockette,%ld) error for B%4.4d at %c:%6.6d\n",
              block_size(), type, vol->record_type, vol->logical_sequence);
     return -1;
   }
-  if (!read_length(vol, prefix.take(kLengthSize), blk)) return -1;
+  if (!read_length(vol, prefix.take(kLengthBytes), blk)) return -1;
   if (!is_complete(vol, blk, 0)) return SDBLK_EOF;
   if (!take_raw(vol, blk)) return -1;
   if (type >= 0 && type < SEED_BLKDEFS_INDEX_SIZE) blk->blkdef = seed_blkdefs_index[type];
@@ -283,7 +281,7 @@ int finish_control_block(SDBlkVol *vol, SDBlk *blk, std::int32_t *copied) {
 }
 
 bool only_padding_left(const SDBlkVol *vol) {
-  return remaining_in_record(vol) < kTypeSize || rest_of_image(vol).first(kTypeSize) == "   ";
+  return remaining_in_record(vol) < kTypeBytes || rest_of_image(vol).first(kTypeBytes) == "   ";
 }
 
 int parse_strictly(SDBlkVol *vol, SDBlk **blkp) {

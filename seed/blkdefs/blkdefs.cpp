@@ -137,7 +137,7 @@ constexpr std::size_t count_all() {
   return count;
 }
 
-constexpr auto all_facts = [] {
+constexpr auto kAllFacts = [] {
   std::array<FieldFacts, count_all()> facts = {};
   std::size_t position = 0;
   for (const SDBlkDef &def : seed_blkdefs) position = put_facts(fields_of(def), facts, position);
@@ -150,7 +150,7 @@ constexpr FirstFacts find_first_facts() {
   FirstFacts first = {};
   std::size_t position = 0;
   for (std::size_t i = 0; i < first.size(); ++i) {
-    first[i] = &all_facts[position];
+    first[i] = &kAllFacts[position];
     position += count_with_groups(fields_of(seed_blkdefs[i]));
   }
   return first;

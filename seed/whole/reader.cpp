@@ -173,8 +173,8 @@ bool find_blockette(SDBlkVol *vol, std::int32_t *type, std::int32_t *length) {
   if (is_blank_or_nul(prefix[0]) && is_blank_or_nul(prefix[1]) && is_blank_or_nul(prefix[2])) {
     return false;
   }
-  *type = padded_number({prefix, 3});
-  *length = padded_number({prefix + 3, 4});
+  *type = padded_number({prefix, kTypeBytes});
+  *length = padded_number({prefix + kTypeBytes, kLengthBytes});
   if (*type < 1 || *length < kPrefixBytes) {
     report_skip(whole, SDBLK_SKIP_PREFIX, record.offset + pos, record.length - pos);
     return false;
