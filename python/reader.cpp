@@ -1,6 +1,5 @@
 #include "python/reader.h"
 
-#include <limits>
 #include <new>
 #include <utility>
 
@@ -55,14 +54,11 @@ void OpenVolume::open_whole(const SDBlkWholeOptions &options) {
 
 void OpenVolume::open_strictly() {
   Log log;
-  if (material_.size > std::numeric_limits<std::int32_t>::max()) {
-    fail("strict reading takes buffers below 2 GiB; give the path of the file", {});
-  }
   const bool is_file = material_.bytes == nullptr;
   try {
-    volume_ = sdblk_new(is_file ? material_.path.c_str() : nullptr,
-                        static_cast<const char *>(material_.bytes),
-                        static_cast<std::int32_t>(material_.size), material_.record_length);
+    volume_ = is_file
+                  ? sdblk_new(material_.path.c_str(), nullptr, 0, material_.record_length)
+                  : sdblk_open_buffer(material_.bytes, material_.size, material_.record_length);
   } catch (const Died &) {
   }
   if (volume_ == nullptr) fail("the volume cannot be opened", log.lines());

@@ -251,6 +251,16 @@ def test_buffer_without_another_owner():
     assert sum(1 for _ in vol) == 200
 
 
+@pytest.mark.parametrize("strict", [False, True])
+def test_buffer_of_more_than_2_gib(path, strict):
+    with path.open("r+b") as file:
+        file.truncate(2**31 + LENGTH)
+        mapped = mmap.mmap(file.fileno(), 0, access=mmap.ACCESS_READ)
+    with sdblk.open(mapped, strict=strict, record_length=LENGTH) as vol:
+        assert next(iter(vol)).type == 34
+    mapped.close()
+
+
 def test_blocks_outlive_volume_and_buffer():
     blocks = list(sdblk.open(bytearray(dataless() + data(4, blockettes=[data_only()]))))
     gc.collect()
