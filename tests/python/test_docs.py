@@ -1,4 +1,4 @@
-"""The code of docs/python.md, run from top to bottom; what it prints is what the page says."""
+"""The code of the pages, run from top to bottom; what it prints is what the page says."""
 
 import re
 import shutil
@@ -11,14 +11,15 @@ from matplotlib import pyplot
 from conftest import ROOT
 
 PAGE = ROOT / "docs" / "python.md"
+README = ROOT / "README.md"
 BLOCK = re.compile(r"^```(python|text)\n(.*?)^```$", re.M | re.S)
 END = "---- end of a block ----"
 
 
-def parts():
+def parts(page):
     """Pairs of code and the text that the page shows below it."""
     found = []
-    for kind, text in BLOCK.findall(PAGE.read_text()):
+    for kind, text in BLOCK.findall(page.read_text()):
         if kind == "python":
             found.append([text, ""])
         else:
@@ -26,25 +27,37 @@ def parts():
     return found
 
 
-@pytest.fixture(scope="module")
-def run(tmp_path_factory):
-    folder = tmp_path_factory.mktemp("page")
+def run_page(page, folder):
+    """What each part of the page's code prints in a folder with the samples."""
+    shutil.copytree(ROOT / "samples", folder / "samples")
     shutil.copy(ROOT / "samples" / "demo.seed", folder)
-    code = "".join(f"{text}\nprint({END!r}, flush=True)\n" for text, _ in parts())
+    code = "".join(f"{text}\nprint({END!r}, flush=True)\n" for text, _ in parts(page))
     done = subprocess.run(
         [sys.executable, "-c", code], cwd=folder, capture_output=True, text=True, check=False
     )
     assert done.returncode == 0, done.stderr
-    return folder, done.stdout.split(END + "\n")[:-1]
+    return done.stdout.split(END + "\n")[:-1]
+
+
+@pytest.fixture(scope="module")
+def run(tmp_path_factory):
+    folder = tmp_path_factory.mktemp("page")
+    return folder, run_page(PAGE, folder)
 
 
 def test_the_page_has_code():
-    assert len(parts()) > 10
-    assert sum(bool(text) for _, text in parts()) > 5
+    assert len(parts(PAGE)) > 10
+    assert sum(bool(text) for _, text in parts(PAGE)) > 5
 
 
 def test_the_code_prints_what_the_page_shows(run):
-    assert run[1] == [text for _, text in parts()]
+    assert run[1] == [text for _, text in parts(PAGE)]
+
+
+def test_the_code_of_the_readme_prints_what_it_shows(tmp_path):
+    shown = [text for _, text in parts(README)]
+    assert shown and all(shown)
+    assert run_page(README, tmp_path) == shown
 
 
 @pytest.mark.parametrize("name", ["stations.png", "gaps.png"])
