@@ -78,7 +78,6 @@ class Reader {
   [[nodiscard]] SDBlkWholeCounts counts() const;
   // What the library said, strict reading's warnings for one.
   [[nodiscard]] const std::vector<std::string> &messages() const { return messages_; }
-  [[nodiscard]] const Material &material() const { return material_; }
 
  private:
   static void take_finding(void *reader, const SDBlkFinding *finding);

@@ -20,20 +20,6 @@ Place::Place(std::int32_t type, const char *key) {
   field_ = &plan_of(*def).fields[static_cast<std::size_t>(position_)];
 }
 
-bool Place::integer(const SDBlk &block, std::int32_t *value) const {
-  const SDBlkEntry *entry = this->value(block);
-  if (entry == nullptr) return false;
-  *value = entry->value.i;
-  return true;
-}
-
-bool Place::real(const SDBlk &block, double *value) const {
-  const SDBlkEntry *entry = this->value(block);
-  if (entry == nullptr) return false;
-  *value = entry->value.d;
-  return true;
-}
-
 const char *Place::text(const SDBlk &block) const {
   const SDBlkEntry *entry = in(block);
   return entry == nullptr ? "" : entry->value.s;

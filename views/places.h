@@ -24,9 +24,6 @@ class Place {
     const SDBlkEntry *entry = in(block);
     return entry != nullptr && sdblk_has_value(entry) ? entry : nullptr;
   }
-  // Each false, and nothing stored, where the field is absent or has no value.
-  bool integer(const SDBlk &block, std::int32_t *value) const;
-  bool real(const SDBlk &block, double *value) const;
   // "" where the field is absent.
   [[nodiscard]] const char *text(const SDBlk &block) const;
 

@@ -60,7 +60,6 @@ class WholeView : public View {
   [[nodiscard]] bool is_spooled() const { return spooled_; }
   // The file's name as a JSON text, or as one of comma-separated values.
   [[nodiscard]] const std::string &file() const { return file_; }
-  [[nodiscard]] const SDBlkVol *volume() const { return input_.volume(); }
   // Ends a line; a failure ends the pass.
   bool end_line() { return good_ = out_->end_line() && good_; }
 
