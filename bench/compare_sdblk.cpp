@@ -46,11 +46,12 @@ std::string output_of(const Tools &tools, Command command, const std::string &na
 std::vector<Row> rows(const Tools &tools) {
   const std::string a = tools.folder + "/A.seed";
   const std::string c = tools.folder + "/C.seed";
+  const std::string c16 = tools.folder + "/C16.seed";
   const std::string forty = tools.folder + "/forty";
   const std::string small = tools.folder + "/small";
   const std::string many = tools.folder + "/many";
   const std::string d = tools.folder + "/D.seed";
-  for (const std::string &path : {a, c, d}) read_afresh(path);
+  for (const std::string &path : {a, c, c16, d}) read_afresh(path);
   const Command blocks_a = sdblk(tools, {"blocks"}, a);
   const Command blocks_c = sdblk(tools, {"blocks"}, c);
   const Command stations_c = sdblk(tools, {"stations"}, c);
@@ -77,6 +78,12 @@ std::vector<Row> rows(const Tools &tools) {
       {"sdblk segments D", sdblk(tools, {"segments"}, d), {"tarvik D"}, 1.6, kRecordsA},
       {"msi -T A", msi, {"sdblk segments A"}, 0, kRecordsA},
       {"sdblk stations C", stations_c, {"byte sum, C", "cat of the stations, C"}, 5, 0},
+      {"sdblk stationxml C", sdblk(tools, {"stationxml"}, c), {"sdblk stations C"}, 2, 0},
+      {"sdblk stationxml, 16 times C",
+       sdblk(tools, {"stationxml"}, c16),
+       {"sdblk stationxml C"},
+       0,
+       0},
       {"sdblk blocks -j 1, 40 files", sdblk(tools, {"blocks", "-j", "1"}, forty), {}, 0, 0},
       {"sdblk blocks -j 2, 40 files",
        sdblk(tools, {"blocks", "-j", "2"}, forty),

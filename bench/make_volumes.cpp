@@ -145,8 +145,14 @@ void add_dictionaries(VolumeWriter *writer) {
   writer->control('A', ControlBlockette(30).var("Steim-2").digits(1, 4).digits(50, 3).digits(0, 2));
 }
 
+// S1000 to S9999, T1000 ...
+std::string station_code(int number) {
+  constexpr int kALetter = 9000;
+  return static_cast<char>('S' + number / kALetter) + std::to_string(1000 + number % kALetter);
+}
+
 ControlBlockette station(int number) {
-  return volume::b50({.code = "S" + std::to_string(1000 + number),
+  return volume::b50({.code = station_code(number),
                       .latitude = -80.0 + number % 160,
                       .longitude = -170.0 + number % 340,
                       .elevation = static_cast<double>(number % 3000),

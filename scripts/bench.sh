@@ -1,7 +1,7 @@
 #!/bin/sh
 # Times tarvik and sdblk beside their yardsticks: bench.sh [rounds]
 #
-# The volumes (6.8 GiB with the long ones and the many small ones) are made in build/bench/volumes and kept for the next run.
+# The volumes (7.8 GiB with the long ones and the many small ones) are made in build/bench/volumes and kept for the next run.
 set -eu
 root=$(CDPATH='' cd -- "$(dirname -- "$0")/.." && pwd)
 . "$root/scripts/lib.sh"
@@ -25,6 +25,7 @@ make() {
 make A records 512 256
 make B records 4096 256
 make C metadata 64
+make C16 metadata 1024
 make D continuous 512 256
 make A4 records 512 1024
 make A16 records 512 4096
