@@ -56,9 +56,8 @@ void OpenVolume::open_strictly() {
   Log log;
   const bool is_file = material_.bytes == nullptr;
   try {
-    volume_ = is_file
-                  ? sdblk_new(material_.path.c_str(), nullptr, 0, material_.record_length)
-                  : sdblk_open_buffer(material_.bytes, material_.size, material_.record_length);
+    volume_ = is_file ? sdblk_new(material_.path.c_str(), nullptr, 0, material_.record_length)
+                      : sdblk_open_buffer(material_.bytes, material_.size, material_.record_length);
   } catch (const Died &) {
   }
   if (volume_ == nullptr) fail("the volume cannot be opened", log.lines());
