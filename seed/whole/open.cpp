@@ -6,21 +6,10 @@
 
 #include "seed/block.h"
 #include "seed/whole.h"
-#include "seed/whole/reader.h"
 #include "seed/whole/state.h"
 #include "support/memory.h"
 
 using namespace tarvik;
-
-namespace tarvik {
-
-void free_whole(SDBlkWhole *whole) {
-  if (whole == nullptr) return;
-  whole->~SDBlkWhole();
-  memory_free(whole);
-}
-
-}  // namespace tarvik
 
 namespace {
 

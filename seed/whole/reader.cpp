@@ -11,6 +11,7 @@
 #include "seed/whole/measure.h"
 #include "seed/whole/numbers.h"
 #include "seed/whole/state.h"
+#include "support/memory.h"
 
 namespace tarvik {
 namespace {
@@ -236,6 +237,12 @@ int parse_whole(SDBlkVol *vol, SDBlk **blkp) {
     enter_record(vol, kind);
     if (kind == Header::data) return cut_data_record(vol, blkp);
   }
+}
+
+void free_whole(SDBlkWhole *whole) {
+  if (whole == nullptr) return;
+  whole->~SDBlkWhole();
+  memory_free(whole);
 }
 
 }  // namespace tarvik
