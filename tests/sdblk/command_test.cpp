@@ -126,6 +126,29 @@ TEST_F(SdblkTest, DamagedFileGivesStatus3) {
   EXPECT_EQ(run({"blocks", "prefix"}).status, 3);
 }
 
+TEST_F(SdblkTest, DamageIsToldByEveryVerbAndWhateverIsChosen) {
+  make("garbage", "x" + volume());
+  make("cut", "000001V*0100050xx");
+  make("prefix", "000001V*xxxxxxxxx");
+  make("record", volume::DataRecord{}.b1000(3, 1, 12).bytes(512));
+  for (const std::string file : {"garbage", "cut", "prefix", "record"}) {
+    for (const char *verb : {"blocks", "volumes", "stations", "segments"}) {
+      EXPECT_EQ(run({verb, file}).status, 3) << verb << ' ' << file;
+    }
+    EXPECT_EQ(run({"blocks", "--types", "M", file}).status, 3) << file;
+    EXPECT_EQ(run({"stations", "--csv", "--accept", "none", file}).status, 3) << file;
+  }
+}
+
+TEST_F(SdblkTest, OtherNotesAreNoDamage) {
+  // A record of 512 bytes that states 4096, with another after it: note length.
+  make("length", volume::DataRecord{}.b1000(3, 1, 12).bytes(512) + volume());
+  make("unconfirmed", std::string("000001V*") + std::string(92, ' '));
+  for (const char *verb : {"blocks", "volumes", "stations", "segments"}) {
+    EXPECT_EQ(run({verb, "length", "unconfirmed"}).status, 0) << verb;
+  }
+}
+
 TEST_F(SdblkTest, PaddingIsNoDamage) {
   make("v", volume() + std::string(512, ' '));
   EXPECT_EQ(run({"blocks", "v"}).status, 0);

@@ -260,6 +260,31 @@ TEST(BlocksView, RawStandsAfterReferences) {
             R"(:{"uid":0},"raw":"03100200011ACold~001"})");
 }
 
+TEST(BlocksView, RawOfABlocketteOverRecordsHasAllItsBytes) {
+  VolumeWriter volume(64);
+  volume.control('S', comment()).control('S', unit());  // 15 bytes here, 8 in the next record
+  EXPECT_EQ(between(lines(volume, raw()), R"("descr":"Velocity"},)", "\n"),
+            R"("raw":"0340023001M/S~Velocity~"})");
+}
+
+TEST(BlocksView, RawOfADataBlocketteStandsAfterReferences) {
+  VolumeWriter volume(256);
+  volume.control('A', unit());
+  volume.data(record().blockette(55, "01001002").b1001(100, 50, 7));
+  EXPECT_EQ(between(lines(volume, raw()), R"("ounits":null})", "},"),
+            R"(,"raw":"003700443031303031303032")");
+}
+
+TEST(BlocksView, RawOfADataBlocketteThatAnotherCutsHasWhatIsLeft) {
+  // The other one begins in its third byte.
+  DataRecord data = record(0);
+  data.forced_first_offset = 48;
+  std::string bytes = data.bytes(256);
+  bytes.replace(48, 4, BinaryFields(ByteOrder::kBig).u16(1500).u16(50).bytes());
+  EXPECT_EQ(between(lines(bytes, raw()), R"("type":1500,)", "}"),
+            R"("offset":48,"name":null,"fields":null,"raw":"05dc")");
+}
+
 TEST(BlocksView, RawThatIsNoUtf8IsLatin1) {
   VolumeWriter volume(256);
   volume.control('S', ControlBlockette(34).digits(1, 3).var("\xB5").var("\xC3\xA9"));

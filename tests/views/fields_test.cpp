@@ -296,6 +296,10 @@ TEST(PutReferences, FieldWithoutAValueHasNone) {
   EXPECT_EQ(references_after(comment("x")), "");
 }
 
+TEST(PutReferences, CodeOfZeroIsNoMissingOne) {
+  EXPECT_EQ(references_after(comment("0000")), R"(,"refs":{"cid":null})");
+}
+
 TEST(PutReferences, FieldThatIsAbsentHasNone) {
   EXPECT_EQ(references_after(ControlBlockette(51).var("2020,001").var("")), "");
 }

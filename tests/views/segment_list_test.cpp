@@ -148,6 +148,12 @@ TEST(SegmentList, RecordsOutOfOrderAreSortedAndJoined) {
   EXPECT_EQ(found[0].records, 3);
 }
 
+TEST(SegmentList, RateOfRecordsOutOfOrderIsThatOfTheFirstInTime) {
+  const std::vector<Segment> found = segments({record(10000, 10000.5), record(0, 10000)});
+  ASSERT_EQ(found.size(), 1U);
+  EXPECT_EQ(found[0].rate, 10000);
+}
+
 TEST(SegmentList, RecordContinuesTheOpenSegmentOnly) {
   // The third one continues the first, but the second has opened a segment.
   SegmentList list;

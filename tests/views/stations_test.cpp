@@ -213,6 +213,50 @@ TEST(StationsView, SensitivityHasTheUnitsOfTheStages) {
             R"({"value":5,"frequency":0.05,"input_units":"V","output_units":"COUNTS"})");
 }
 
+// A list without elements, between two units.
+ControlBlockette units(const std::string &stage, int input, int output) {
+  return ControlBlockette(55).fixed(stage, 2).digits(input, 3).digits(output, 3).digits(0, 4);
+}
+
+// The sensitivity of an epoch with these blockettes and a gain of stage 0.
+std::string sensitivity_of(std::initializer_list<ControlBlockette> responses) {
+  VolumeWriter volume = dictionaries();
+  volume.control('S', {station("DYNGA"), channel("BHZ")});
+  volume.control('S', responses);
+  volume.control('S', gain(0, 5));
+  return between(lines(volume), R"("sensitivity":{"value":5,"frequency":0.05,)", "}");
+}
+
+TEST(StationsView, SensitivityGoesFromTheFirstStageToTheLast) {
+  EXPECT_EQ(sensitivity_of({units("02", 2, 3), units("01", 1, 2), units("00", 3, 1)}),
+            R"("input_units":"M/S","output_units":"COUNTS")");
+  // Of a stage's own, the first and the last in the order of the volume.
+  EXPECT_EQ(sensitivity_of({units("01", 1, 2), units("01", 2, 3), units("01", 3, 1)}),
+            R"("input_units":"M/S","output_units":"M/S")");
+}
+
+TEST(StationsView, SensitivityPassesOverUnitsThatAreNull) {
+  EXPECT_EQ(sensitivity_of({units("01", 9, 2), units("02", 2, 3), units("03", 3, 9)}),
+            R"("input_units":"V","output_units":"COUNTS")");
+}
+
+TEST(StationsView, SensitivityTakesNoUnitsOfStageZero) {
+  EXPECT_EQ(sensitivity_of({units("00", 1, 3)}), R"("input_units":null,"output_units":null)");
+}
+
+TEST(StationsView, SensitivityTakesUnitsOfANullStage) {
+  EXPECT_EQ(sensitivity_of({units("", 2, 1), units("01", 1, 2)}),
+            R"("input_units":"M/S","output_units":"M/S")");
+}
+
+TEST(StationsView, SensitivityMayComeFromADictionary) {
+  VolumeWriter volume = dictionaries();
+  volume.control('A', named(48, 4).real(7).real(1).digits(0, 2));
+  volume.control('S', {station("DYNGA"), channel("BHZ"), by_dictionary(0, {4}), gain(0, 5)});
+  EXPECT_EQ(sensitivity(lines(volume)),
+            R"({"value":7,"frequency":1,"input_units":null,"output_units":null})");
+}
+
 TEST(StationsView, SensitivityOfNoStageZeroIsNull) {
   VolumeWriter volume = dictionaries();
   volume.control('S', {station("DYNGA"), channel("BHZ"), gain(1, 5)});
@@ -231,6 +275,60 @@ TEST(StationsView, SplitResponseIsJoined) {
                 element("1") + "," + element("2") + "," + element("3") +
                 R"(]}}]},{"stage":2,"blockettes":[{"type":58,"from":58,"block":10,)"
                 R"("fields":{"stage":2,"sens":1,"freq":0.05,"nhistories":0}}]}])");
+}
+
+TEST(StationsView, NegativeStageComesBeforeZero) {
+  const std::string text =
+      stages_of({gain(0, 9), ControlBlockette(58).raw("-1").real(8).real(1).digits(0, 2)});
+  EXPECT_EQ(text.find(R"([{"stage":-1,"blockettes":[{"type":58,"from":58,"block":10,)"), 0U);
+}
+
+TEST(StationsView, CoefficientsOfPartsFollowOneAnother) {
+  const auto part = [](int nums, int dens, double value) {
+    ControlBlockette blockette(54);
+    blockette.fixed("D", 1).digits(1, 2).digits(1, 3).digits(2, 3);
+    for (const int count : {nums, dens}) {
+      blockette.digits(count, 4);
+      for (int i = 0; i < count; ++i) blockette.real(value).real(0);
+    }
+    return blockette;
+  };
+  const std::string five = R"({"coef":5,"coef_err":0})";
+  const std::string six = R"({"coef":6,"coef_err":0})";
+  EXPECT_EQ(stages_of({part(1, 0, 5), part(2, 1, 6)}),
+            R"([{"stage":1,"blockettes":[{"type":54,"from":54,"block":9,"fields":{"resp":"D",)"
+            R"("stage":1,"iunits":"M/S","ounits":"V","nnums":3,"nums":[)" +
+                five + "," + six + "," + six + R"(],"ndens":1,"dens":[)" + six + "]}}]}]");
+}
+
+TEST(StationsView, FirsOfOneNameAreJoined) {
+  const auto part = [](const std::string &name, double value) {
+    return ControlBlockette(61).digits(1, 2).var(name).raw("A001002").digits(1, 4).real(
+        value, volume::kReal14);
+  };
+  EXPECT_NE(stages_of({part("F", 1), part("F", 2)}).find(R"("ncoefs":2,"coefs":[1,2]}}]}])"),
+            std::string::npos);
+  EXPECT_NE(stages_of({part("F", 1), part("G", 2)}).find(R"("block":10,)"), std::string::npos);
+}
+
+TEST(StationsView, OtherTypesAreNotJoined) {
+  const ControlBlockette corners =
+      ControlBlockette(56).raw("01001002").digits(1, 4).real(1).real(2);
+  const ControlBlockette polynomial = ControlBlockette(62)
+                                          .raw("P01001002MB")
+                                          .real(0)
+                                          .real(10)
+                                          .real(1)
+                                          .real(2)
+                                          .real(0.5)
+                                          .digits(1, 3)
+                                          .real(7)
+                                          .real(8);
+  for (const ControlBlockette &part : {corners, decimation(1), polynomial}) {
+    const std::string text = stages_of({part, part});
+    EXPECT_NE(text.find(R"("block":9,)"), std::string::npos);
+    EXPECT_NE(text.find(R"("block":10,)"), std::string::npos);
+  }
 }
 
 TEST(StationsView, CountOfOneBlocketteStaysAsItIs) {
@@ -298,6 +396,13 @@ TEST(StationsView, BlockettesEndAfterAThousand) {
   EXPECT_EQ(text.find(R"([{"stage":2,)"), 0U);
   EXPECT_EQ(text.find(R"("stage":1,)"), std::string::npos);
   EXPECT_NE(text.find(R"("sens":999,)"), std::string::npos);
+}
+
+TEST(StationsView, PartsCountBeforeTheyAreJoined) {
+  VolumeWriter volume = dictionaries();
+  volume.control('S', {station("DYNGA"), channel("BHZ")});
+  for (int i = 0; i < 1001; ++i) volume.control('S', list(1, 1, 3));
+  EXPECT_NE(stages(lines(volume)).find(R"("nfaps":1000,"faps":[)"), std::string::npos);
 }
 
 // ---- dictionary responses ----
@@ -392,6 +497,41 @@ TEST(StationsView, CodeThatIsNotDefinedIsLeftOut) {
   EXPECT_EQ(stages_of({by_dictionary(2, {4, 5})}), "[]");
 }
 
+// The types and origins of an epoch's stages, after dictionary blockettes 4, 5 and 6 (blocks 7 to 9).
+std::string stages_by(const ControlBlockette &blockette) {
+  VolumeWriter volume = dictionaries();
+  for (const int code : {4, 5, 6}) {
+    volume.control('A', named(48, code).real(code).real(1).digits(0, 2));
+  }
+  volume.control('S', {station("DYNGA"), channel("BHZ"), blockette});
+  return stages(lines(volume));
+}
+std::string gain_by(int stage, int code) {
+  return R"({"type":58,"from":48,"block":)" + std::to_string(code + 3) + R"(,"fields":{"stage":)" +
+         std::to_string(stage) + R"(,"sens":)" + std::to_string(code) +
+         R"(,"freq":1,"nhistories":0}})";
+}
+
+TEST(StationsView, CodesBesideOneThatIsNotDefinedStay) {
+  EXPECT_EQ(stages_by(by_dictionary(2, {5, 9, 4})),
+            R"([{"stage":2,"blockettes":[)" + gain_by(2, 5) + "," + gain_by(2, 4) + "]}]");
+  EXPECT_EQ(stages_by(ControlBlockette(60).raw("010203"
+                                               "0005"
+                                               "    "
+                                               "0004")),
+            R"([{"stage":2,"blockettes":[)" + gain_by(2, 5) + "," + gain_by(2, 4) + "]}]");
+}
+
+TEST(StationsView, ReferenceBlocketteMayHaveSeveralStages) {
+  EXPECT_EQ(stages_by(ControlBlockette(60).raw("02"
+                                               "0202"
+                                               "00040006"
+                                               "0101"
+                                               "0005")),
+            R"([{"stage":1,"blockettes":[)" + gain_by(1, 5) + R"(]},{"stage":2,"blockettes":[)" +
+                gain_by(2, 4) + "," + gain_by(2, 6) + "]}]");
+}
+
 TEST(StationsView, CodeOfSeveralBlockettesStandsForThoseBeforeTheReference) {
   const auto fir = [](double value) {
     return named(41, 4).fixed("A", 1).digits(1, 3).digits(2, 3).digits(1, 4).real(value,
@@ -445,6 +585,26 @@ TEST(StationsView, PatternsAndTimesChooseChannels) {
   epochs.from = {};
   epochs.to = parse_time_text("2021-03-16T06:15:52.5999");
   EXPECT_EQ(count(epochs), 0);
+}
+
+TEST(StationsView, ChannelWithoutAStartBeginsBeforeEverything) {
+  VolumeWriter volume = dictionaries();
+  volume.control('S', volume::b52({.begin = "", .end = "2021,100"}));
+  EpochOptions epochs;
+  epochs.to = parse_time_text("0001-01-01");
+  EXPECT_NE(lines(volume, epochs), "");
+  epochs.from = parse_time_text("2021-04-11");
+  EXPECT_EQ(lines(volume, epochs), "");
+}
+
+TEST(StationsView, StationWithoutChannelEndsWithTheStation) {
+  VolumeWriter volume(4096);
+  volume.control('S', volume::b50({.code = "DYNGA", .end = "2021,100"}));
+  EpochOptions epochs;
+  epochs.from = parse_time_text("2021-04-10");
+  EXPECT_NE(lines(volume, epochs), "");
+  epochs.from = parse_time_text("2021-04-10T00:00:00.0001");
+  EXPECT_EQ(lines(volume, epochs), "");
 }
 
 TEST(StationsView, StationWithoutChannelGoesByItsOwnTimes) {

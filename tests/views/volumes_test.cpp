@@ -181,6 +181,20 @@ TEST(VolumesView, ContentTellsWhatThereIs) {
   EXPECT_EQ(content(false, false, false), R"("none")");
 }
 
+TEST(VolumesView, ControlHeaderWithoutBlockettesIsControl) {
+  const std::string text = line("000001V " + std::string(248, ' '));
+  EXPECT_EQ(value(text, "content"), R"("control")");
+  EXPECT_EQ(value(text, "record_length"), "256");
+}
+
+TEST(VolumesView, ChannelsWithoutAStationAreNoStations) {
+  VolumeWriter volume = small();
+  volume.control('S', channel("BHZ"));
+  EXPECT_EQ(value(volume, "content"), R"("control")");
+  volume.data(record());
+  EXPECT_EQ(value(volume, "content"), R"("data")");
+}
+
 TEST(VolumesView, GarbageIsNoContent) {
   const std::string text = line("this is no SEED at all");
   EXPECT_EQ(value(text, "content"), R"("none")");
@@ -260,6 +274,12 @@ TEST(VolumesView, RecordLengthIsElseThatOfTheFirstRecord) {
   EXPECT_EQ(record_length(""), "256");
   EXPECT_EQ(record_length("x"), "256");
   EXPECT_EQ(value(small().data(record()).data(record()), "record_length"), "256");
+}
+
+TEST(VolumesView, RecordLengthIsNotThatOfLaterRecords) {
+  VolumeWriter volume = small();
+  volume.data(record().b1000(3, 1, 9), 512).data(record()).data(record());
+  EXPECT_EQ(value(volume, "record_length"), "512");
 }
 
 // ---- counts ----
@@ -387,6 +407,16 @@ TEST(VolumesView, NotesAreCountedByCauseInTheirOrder) {
   volume.data(record().b1000(3, 1, 9));  // cut
   EXPECT_EQ(between(line(volume), R"("notes":)", "\n"),
             R"({"length":1,"cut":1,"order":1,"chain":1,"value":2,"short":1,"again":1}})");
+}
+
+TEST(VolumesView, NotesOfRecordsAreLengthUnconfirmedAndCut) {
+  VolumeWriter volume = small();
+  volume.data(record().b1000(3, 1, 17));  // length
+  volume.data(record().b1000(3, 1, 8));
+  const std::string unconfirmed = volume.bytes() + "x";
+  const std::string cut = record().b1000(3, 1, 9).bytes(256, 3);
+  EXPECT_EQ(between(line(unconfirmed + cut), R"("notes":)", "\n"),
+            R"({"length":1,"unconfirmed":1,"cut":1}})");
 }
 
 TEST(VolumesView, UnconfirmedIsANote) {

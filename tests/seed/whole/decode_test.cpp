@@ -177,6 +177,14 @@ TEST(UnstuffWhole, FirstNoteIsTheOrder) {
   EXPECT_EQ(reader.text(), "the byte order cannot be deduced; the high byte is taken to be first");
 }
 
+TEST(UnstuffWhole, WordOrderOfBlockette1000IsThatOfTheSamplesOnly) {
+  EXPECT_EQ(WholeReader(DataRecord{.order = ByteOrder::kLittle}.b1000(3, 1, 7).bytes(128))
+                .decode_next()
+                ->big_endian,
+            0);
+  EXPECT_EQ(WholeReader(DataRecord{}.b1000(3, 0, 7).bytes(128)).decode_next()->big_endian, 1);
+}
+
 // ---- chains ----
 
 TEST(UnstuffWhole, ChainHasABlockEach) {
@@ -229,6 +237,38 @@ TEST(UnstuffWhole, BlocketteThatAnotherCutsShortDecodesWhatIsLeft) {
   EXPECT_FALSE(sdblk_has_value(&entry_of(block->next->contents, "samprate")));
 }
 
+TEST(UnstuffWhole, BlocketteMayBeginInTheFirstFourBytesOfAnother) {
+  // That at 48 has its type and two bytes of its next offset, 50, which are the type of another.
+  std::string bytes = DataRecord{.forced_first_offset = 48}.bytes(128);
+  bytes = put16(put16(bytes, 48, 100), 50, 50);
+  WholeReader reader(bytes);
+  const SDBlk *first = reader.decode_next()->next;
+  EXPECT_EQ(first->blockette_type, 100);
+  EXPECT_EQ(first->blockette_length, 2);
+  EXPECT_EQ(countarr(first->contents), 0);
+  const SDBlk *second = first->next;
+  EXPECT_EQ(second->blockette_type, 50);
+  EXPECT_EQ(second->blockette_length, 128 - 50);
+  EXPECT_EQ(text_of(second->contents, "sta"), "");
+  EXPECT_EQ(second->next, nullptr);
+  EXPECT_EQ(reader.lines(), (Lines{}));
+}
+
+TEST(UnstuffWhole, ChainStaysInItsRecordAlsoWhereTheFileGoesOn) {
+  const auto chain_at = [](unsigned offset) {
+    return DataRecord{.forced_first_offset = offset}.bytes(128) + DataRecord{}.bytes(128, 2);
+  };
+  WholeReader inside(chain_at(124));
+  EXPECT_NE(inside.decode_next()->next, nullptr);
+  EXPECT_EQ(inside.lines(), (Lines{}));
+  WholeReader across(chain_at(125));
+  EXPECT_EQ(across.decode_next()->next, nullptr);
+  EXPECT_EQ(across.lines(), (Lines{"chain @0 block 0"}));
+  WholeReader beyond(chain_at(128));
+  EXPECT_EQ(beyond.decode_next()->next, nullptr);
+  EXPECT_EQ(beyond.lines(), (Lines{"chain @0 block 0"}));
+}
+
 TEST(UnstuffWhole, BlocketteOfFourBytesHasNoFields) {
   std::string bytes = DataRecord{.forced_first_offset = 60}.bytes(64);
   bytes = put16(bytes, 60, 100);
@@ -263,6 +303,24 @@ TEST(UnstuffWhole, RefusedOffsetIsNotedAfterTheFieldsOfTheChain) {
   reader.decode_next();
   EXPECT_EQ(reader.lines(), (Lines{"value @0 block 0 blockettes[0].samprate", "chain @0 block 0"}));
   EXPECT_EQ(reader.text(), "the chain of data blockettes leads to 48, where none is taken");
+}
+
+TEST(UnstuffWhole, NotesOfAChainHaveTheOffsetOfTheirRecord) {
+  // A blockette 100 with a byte of its rate, and one from which the chain leads out of the record.
+  const DataRecord lost =
+      DataRecord{}.b1000(3, 1, 7).blockette(100, "\x41").blockette(3000, "", 9999);
+  EXPECT_EQ(lines_of(DataRecord{}.b1000(3, 1, 7).bytes(128) + lost.bytes(128, 2)),
+            (Lines{"block 0: D 99 @0", "block 1: D 99 @128",
+                   "value @128 block 1 blockettes[1].samprate", "chain @128 block 1"}));
+}
+
+TEST(UnstuffWhole, PathOfARepetitionInAChainHasBothIndices) {
+  // A blockette 54 of one numerator, whose error is unreadable; NULs follow it in the record.
+  const DataRecord record = DataRecord{}.blockette(54, "A010010020001 1.00000E+00         bad");
+  WholeReader reader(record.bytes(128));
+  reader.decode_next();
+  EXPECT_EQ(reader.lines(), (Lines{"value @0 block 0 blockettes[0].nums[0].coef_err",
+                                   "short @0 block 0 blockettes[0].dens"}));
 }
 
 TEST(UnstuffWhole, LongChainIsTakenUpToItsBound) {

@@ -360,6 +360,13 @@ TEST(DecodeFields, ArrayWithoutABytesIsAbsentAndShort) {
   EXPECT_EQ(fir("0000", "").notes(), (Lines{}));
 }
 
+TEST(DecodeFields, ArrayWhoseCountIsAbsentIsNotShort) {
+  const Decoded decoded(ControlBlockette(61).digits(1, 2).var("F").raw("A001002"));
+  EXPECT_FALSE(decoded.has("ncoefs"));
+  EXPECT_FALSE(decoded.has("coefs"));
+  EXPECT_EQ(decoded.notes(), (Lines{}));
+}
+
 TEST(DecodeFields, NegativeCountLeavesAnArrayEmpty) {
   const Decoded decoded = fir("-002", kOne);
   EXPECT_EQ(decoded.entry("coefs").count, 0);
@@ -429,6 +436,19 @@ TEST(DecodeFields, RepetitionIsThereWithOneByteOfIt) {
   EXPECT_FALSE(sdblk_has_value(&entry_of(second, "coef")));
   EXPECT_EQ(decoded.notes(), (Lines{"value nums[1].coef", "short nums"}));
   EXPECT_FALSE(decoded.has("ndens"));
+}
+
+TEST(DecodeFields, GroupWithoutAByteIsAbsentAndShort) {
+  const Decoded decoded(coefficients("0002"));
+  EXPECT_FALSE(decoded.has("nums"));
+  EXPECT_FALSE(decoded.has("ndens"));
+  EXPECT_EQ(decoded.notes(), (Lines{"short nums"}));
+  EXPECT_EQ(coefficients("0000").text().size(), 7U + 9 + 4);
+  EXPECT_EQ(Decoded(coefficients("0000")).notes(), (Lines{}));
+}
+
+TEST(DecodeFields, CountWithoutAValueAndNoByteAfterItIsShortOnce) {
+  EXPECT_EQ(Decoded(coefficients("    ")).notes(), (Lines{"short nums"}));
 }
 
 TEST(DecodeFields, NotesOfAGroupNameTheRepetition) {
@@ -545,6 +565,20 @@ TEST(DecodeFields, CodeWithoutAValueDefinesNothing) {
   EXPECT_EQ(sdblk_definition_of(reader.vol(), "uid", 0), 0);
   EXPECT_EQ(reader.lines()[2],
             "value @" + std::to_string(8 + unit("   ", "M").text().size()) + " block 1 uid");
+}
+
+TEST(DecodeFields, CodeOfZeroIsACodeLikeAnyOther) {
+  WholeReader reader(
+      dictionary({unit("000", "M"), unit("000", "S"),
+                  ControlBlockette(31).digits(1, 4).fixed("S", 1).var("Noise").digits(0, 3)}),
+      512);
+  reader.decode_next();
+  reader.decode_next();
+  EXPECT_EQ(reader.lines(),
+            (Lines{"again @" + std::to_string(8 + unit("000", "M").text().size()) + " block 1"}));
+  const SDBlkEntry &entry = entry_of(reader.decode_next()->contents, "uid");
+  ASSERT_NE(entry.ref, nullptr);
+  EXPECT_EQ(text_of(entry.ref->contents, "name"), "M");
 }
 
 TEST(DecodeFields, ReferenceWithoutAValueLeadsNowhere) {

@@ -97,6 +97,19 @@ TEST(HeaderAt, TypeAndLengthAreBlanksThenDigitsToTheEnd) {
             Header::none);
 }
 
+TEST(HeaderAt, NothingElseCountsAfterThreeBlanks) {
+  EXPECT_EQ(kind_of("000001V    xxxx"), Header::control);
+  EXPECT_EQ(kind_of("000001V x      "), Header::none);
+  EXPECT_EQ(kind_of("000001V  x     "), Header::none);
+}
+
+TEST(HeaderAt, TypeAndLengthMayBeZero) { EXPECT_EQ(kind_of("000001V 0000000"), Header::control); }
+
+TEST(HeaderAt, NulIsNoBlankOfATypeOrALength) {
+  EXPECT_EQ(kind_of("000001V 050\0100"s), Header::none);
+  EXPECT_EQ(kind_of("000001V 050   \0"s), Header::none);
+}
+
 // ---- data headers ----
 
 TEST(HeaderAt, FortyEightBytesMakeADataHeader) {

@@ -88,6 +88,24 @@ TEST(MeasureData, ExponentCountsWhereAnotherBlocketteBeginsBeforeIt) {
   EXPECT_EQ(measure(record), "128 confirmed");
 }
 
+TEST(MeasureData, LengthIsStatedInEitherByteOrder) {
+  const std::string little =
+      DataRecord{.order = volume::ByteOrder::kLittle}.b1000(3, 0, 7).bytes(64);
+  EXPECT_EQ(measure(filled(little, 5000)), "128 unconfirmed");
+}
+
+TEST(MeasureData, ChainIsFollowedPastTheNextHeader) {
+  // A header at 64, and at 120 a blockette of an exponent that states 256.
+  const auto record = [](unsigned type) {
+    std::string bytes = filled(DataRecord{.forced_first_offset = 120}.bytes(48), 64) + data_after();
+    bytes = filled(bytes, 120);
+    bytes += BinaryFields(volume::ByteOrder::kBig).u16(type).u16(0).u8(3).u8(1).u8(8).bytes();
+    return filled(bytes, 256);
+  };
+  EXPECT_EQ(measure(record(1000)), "256 confirmed");
+  EXPECT_EQ(measure(record(999)), "64 confirmed");
+}
+
 TEST(MeasureData, ExponentMustBeInTheFile) {
   // The blockette stands at 58 of 64 bytes: its exponent would be the next byte.
   std::string record(64, 'x');
@@ -136,6 +154,12 @@ TEST(MeasureData, HeaderInsideCountsFromByte48On) {
   EXPECT_EQ(measure(record, 512), "512 unconfirmed");
   record.replace(48, 8, "000002V*");
   EXPECT_EQ(measure(record, 512), "48 unconfirmed");
+}
+
+TEST(MeasureData, HeaderAtByte47IsStillOfTheRecordsOwn) {
+  std::string record = silent(600);
+  record.replace(47, 8, "000002V*");
+  EXPECT_EQ(measure(record, 512), "512 unconfirmed");
 }
 
 TEST(MeasureData, HeaderInsideAConfirmedRecordIsData) {
@@ -199,6 +223,17 @@ TEST(MeasureControl, NumberOneAboveTheLargestIsZeroOrOne) {
   EXPECT_EQ(measure(record), "128 confirmed");
 }
 
+TEST(MeasureControl, FirstPowerWithTheNextNumberIsTaken) {
+  EXPECT_EQ(measure(filled(control(64) + kNext, 128) + kNext, 100), "64 confirmed");
+}
+
+TEST(MeasureControl, DataHeaderMayHaveTheNextNumber) {
+  const std::string record = filled(control(128) + kOther, 256);
+  EXPECT_EQ(measure(record + data_after(2), 100), "256 confirmed");
+  // One without a number is a header like any other.
+  EXPECT_EQ(measure(record + data_after().replace(0, 6, 6, ' '), 100), "128 confirmed");
+}
+
 TEST(MeasureControl, StatedOrInForceThatEndsWellComesSecond) {
   // The header at 64 has another number.
   EXPECT_EQ(measure(filled(control(64) + kOther, 100), 100), "100 confirmed");
@@ -218,6 +253,17 @@ TEST(MeasureControl, PowerWithAnyHeaderComesThird) {
   EXPECT_EQ(measure(control(128), 100), "100 unconfirmed");
 }
 
+TEST(MeasureControl, FirstPowerWithAnyHeaderIsTaken) {
+  EXPECT_EQ(measure(filled(control(64) + kOther, 128) + kOther, 100), "64 confirmed");
+}
+
+TEST(MeasureControl, LongestPowerIs131072) {
+  for (const char *header : {kNext, kOther}) {
+    EXPECT_EQ(measure(control(131072) + header, 100), "131072 confirmed");
+    EXPECT_EQ(measure(control(262144) + header, 100), "100 unconfirmed");
+  }
+}
+
 TEST(MeasureControl, StatedOrInForceWithinTheFileComesFourth) {
   EXPECT_EQ(measure(identifier("07", 300), 200), "128 unconfirmed");
   EXPECT_EQ(measure(identifier("10", 300), 200), "200 unconfirmed");
@@ -232,6 +278,13 @@ TEST(MeasureControl, RestOfTheFileComesLast) {
 TEST(MeasureControl, HeaderInsideEndsItFromByteEightOn) {
   EXPECT_EQ(measure(filled(control(77) + kNext, 300)), "77 unconfirmed");
   EXPECT_EQ(measure(filled(std::string("000001S*") + kNext, 300)), "8 unconfirmed");
+}
+
+TEST(MeasureControl, DataHeaderAtByteSevenDoesNotEndIt) {
+  // One without a number: its blanks are a flag and what may follow it.
+  const std::string header = data_after().replace(0, 6, 6, ' ');
+  EXPECT_EQ(measure(filled("000001S" + header, 300), 200), "200 unconfirmed");
+  EXPECT_EQ(measure(filled("000001S " + header, 300), 200), "8 unconfirmed");
 }
 
 TEST(MeasureControl, VolumeIdentifiersStateALength) {
@@ -253,6 +306,11 @@ TEST(MeasureControl, StatedExponentIsDigitsPaddedWithBlanks) {
   for (const char *exponent : {"  ", "x9", "+9", "-9", "05", "18", "99"}) {
     EXPECT_EQ(measure(identifier(exponent, 600), 300), "300 unconfirmed") << exponent;
   }
+}
+
+TEST(MeasureControl, StatedExponentsAreSixToSeventeen) {
+  EXPECT_EQ(measure(identifier("06", 600), 300), "64 unconfirmed");
+  EXPECT_EQ(measure(identifier("17", 131073), 300), "131072 unconfirmed");
 }
 
 TEST(MeasureControl, StatedExponentMustBeInTheFile) {

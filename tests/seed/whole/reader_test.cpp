@@ -104,6 +104,23 @@ TEST(ParseWhole, ConfirmedLengthComesIntoForce) {
                                                "block 1: D 99 @128", "padding 256+4872"}));
 }
 
+TEST(ParseWhole, ConfirmedLengthOtherThanTheStatedOneComesIntoForce) {
+  const std::string states512 = DataRecord{}.b1000(3, 1, 9).bytes(128);
+  std::string silent = DataRecord{}.bytes(48, 2);
+  silent.resize(5000, 'x');
+  EXPECT_EQ(lines_of(states512 + silent),
+            (Lines{"length @0", "block 0: D 99 @0", "unconfirmed @128", "block 1: D 99 @128",
+                   "garbage 256+4872"}));
+}
+
+TEST(ParseWhole, LengthOfAControlRecordIsInForceForData) {
+  std::string silent = DataRecord{}.bytes(48, 2);
+  silent.resize(5000, 'x');
+  EXPECT_EQ(
+      lines_of(record("000001S ", unknown(10)) + silent),
+      (Lines{"block 0: S 90 @8", "unconfirmed @128", "block 1: D 99 @128", "garbage 256+4872"}));
+}
+
 TEST(ParseWhole, UnconfirmedLengthDoesNot) {
   const std::string states64 = DataRecord{}.b1000(3, 1, 6).bytes(64) + "xx";
   const std::string silent = DataRecord{}.bytes(5000);
@@ -166,6 +183,19 @@ TEST(ParseWhole, FewerThanSevenBytesEndTheRecord) {
             (Lines{"block 0: S 90 @8", "prefix 121+7", "block 1: S 90 @136"}));
 }
 
+TEST(ParseWhole, BytesLeftAreCountedAfterTheLineEnds) {
+  const std::string next = record("000002S ", unknown(7));
+  EXPECT_EQ(lines_of(record("000001S ", unknown(112) + "\r\nxxxxxx") + next),
+            (Lines{"block 0: S 90 @8", "block 1: S 90 @136"}));
+  EXPECT_EQ(lines_of(record("000001S ", unknown(111) + "\r\nxxxxxxx") + next),
+            (Lines{"block 0: S 90 @8", "prefix 121+7", "block 1: S 90 @136"}));
+}
+
+TEST(ParseWhole, TwoBlanksOrNulsDoNotEndTheRecord) {
+  EXPECT_EQ(lines_of(record("000001S*", "  x0010")), (Lines{"unconfirmed @0", "prefix 8+120"}));
+  EXPECT_EQ(lines_of(record("000001S*", "\0 90010"s)), (Lines{"unconfirmed @0", "prefix 8+120"}));
+}
+
 TEST(ParseWhole, PrefixIsBlanksThenDigitsToTheEnd) {
   EXPECT_EQ(lines_of(record("000001S*", " 90  10uuu")),
             (Lines{"unconfirmed @0", "block 0: S 90 @8"}));
@@ -211,6 +241,17 @@ TEST(ParseWhole, BlocketteGoesOnInTheNextRecord) {
   EXPECT_EQ(line_of(*reader.next()), "block 1: S 90 @216");
 }
 
+TEST(ParseWhole, LineEndsInsideABlocketteAreItsBytes) {
+  // The second record's payload begins with them.
+  const std::string text =
+      ControlBlockette(90).raw(std::string(113, 'u') + "\r\n" + std::string(78, 'v')).text();
+  WholeReader reader(record("000001S ", text.substr(0, 120)) +
+                     record("000002S*", text.substr(120) + unknown(10)));
+  std::int64_t size = 0;
+  EXPECT_EQ(std::string(sdblk_raw(reader.next(), &size), 200), text);
+  EXPECT_EQ(line_of(*reader.next()), "block 1: S 90 @216");
+}
+
 TEST(ParseWhole, BlocketteGoesOnOverSeveralRecords) {
   const std::string text = unknown(1000);
   VolumeWriter writer(128);
@@ -252,6 +293,27 @@ TEST(ParseWhole, LetterAndNumberAreSignsEnough) {
   WholeReader reader(record("000001S ", text.substr(0, 120)) + record("000002S ", rest));
   std::int64_t size = 0;
   EXPECT_EQ(std::string(sdblk_raw(reader.next(), &size), 200), text.substr(0, 120) + rest);
+}
+
+TEST(ParseWhole, NumberAfterTheLargestIsASign) {
+  const std::string text = unknown(200);
+  const std::string rest = unknown(80);
+  WholeReader reader(record("999999S ", text.substr(0, 120)) + record("000001S ", rest));
+  std::int64_t size = 0;
+  EXPECT_EQ(std::string(sdblk_raw(reader.next(), &size), 200), text.substr(0, 120) + rest);
+}
+
+TEST(ParseWhole, SignsAreThoseOfTheRecordDirectlyBefore) {
+  // The third record has the letter of the second and its number plus one, not those of the first.
+  const std::string text = unknown(300);
+  const std::string rest = unknown(60);
+  WholeReader reader(record("000001S ", text.substr(0, 120)) +
+                     record("000002A*", text.substr(120, 120)) + record("000003A ", rest));
+  std::int64_t size = 0;
+  const SDBlk *block = reader.next();
+  EXPECT_EQ(std::string(sdblk_raw(block, &size), 300), text.substr(0, 240) + rest);
+  EXPECT_EQ(block->record_type, 'S');
+  EXPECT_EQ(reader.next(), nullptr);
 }
 
 TEST(ParseWhole, NextRecordMustStandDirectlyAfter) {
@@ -325,6 +387,30 @@ TEST(ParseWhole, EndStaysTheEnd) {
   EXPECT_EQ(reader.next(), nullptr);
   EXPECT_EQ(reader.vol()->offset, 128);
   EXPECT_EQ(reader.vol()->cursor, reader.vol()->image + 128);
+}
+
+// Bytes of the skips between records that were told.
+std::int64_t between_records(const Lines &lines) {
+  std::int64_t sum = 0;
+  for (const std::string &line : lines) {
+    if (!line.starts_with("padding ") && !line.starts_with("garbage ")) continue;
+    sum += std::stoll(line.substr(line.find('+') + 1));
+  }
+  return sum;
+}
+
+TEST(ParseWhole, RecordsAndSkipsTileTheFileWhereverItIsCut) {
+  const std::string text = unknown(200);
+  const std::string bytes = "xx" + data(1) + "     " + record("000002S ", text.substr(0, 120)) +
+                            record("000003S*", text.substr(120) + "lost") +
+                            DataRecord{}.b1000(3, 1, 9).bytes(100, 4) + data(9) + "\t";
+  for (std::size_t size = 0; size <= bytes.size(); ++size) {
+    WholeReader reader(bytes.substr(0, size));
+    reader.read_all();
+    EXPECT_EQ(between_records(reader.lines()) + reader.counts().record_bytes,
+              static_cast<std::int64_t>(size))
+        << size;
+  }
 }
 
 TEST(ParseWhole, CountsWhatItMeets) {
