@@ -58,13 +58,17 @@ install(FILES completions/_tarvik DESTINATION "${TARVIK_ZSH_COMPLETION_DIR}" COM
 
 set(TARVIK_PYTHON_DIR "lib/python3/dist-packages" CACHE STRING
     "Where the interpreter looks for packages, below the prefix")
+# For the Debian package; elsewhere pip installs it, where the interpreter in use looks.
 if(TARGET sdblk_python)
-  install(TARGETS sdblk_python LIBRARY DESTINATION "${TARVIK_PYTHON_DIR}/sdblk" COMPONENT python)
-  install(DIRECTORY python/sdblk DESTINATION "${TARVIK_PYTHON_DIR}" COMPONENT python
+  install(TARGETS sdblk_python LIBRARY DESTINATION "${TARVIK_PYTHON_DIR}/sdblk" COMPONENT python
+          EXCLUDE_FROM_ALL
+  )
+  install(DIRECTORY python/sdblk DESTINATION "${TARVIK_PYTHON_DIR}" COMPONENT python EXCLUDE_FROM_ALL
           FILES_MATCHING PATTERN "*.py" PATTERN "*.pyi" PATTERN "py.typed"
   )
   install(FILES docs/python.md DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/doc/python3-sdblk"
-          COMPONENT python)
+          COMPONENT python EXCLUDE_FROM_ALL
+  )
 endif()
 if(TARGET sdblk_command)
   install(TARGETS sdblk_command RUNTIME COMPONENT companion)

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Builds the command and the library, and runs the command.
+# Builds both commands and the library, and runs tarvik.
 #
 #   demo.sh                            the station summary of the sample volume
 #   demo.sh [options of tarvik]        the same with other options
@@ -18,9 +18,9 @@ sample=$root/samples/demo.seed
 build_command() {
   # The tests are left for scripts/test.sh, which knows what they need.
   configured_here "$build" || configure release "$build" -DTARVIK_TESTS=OFF
-  cmake --build "$build" --target tarvik sdblk
+  cmake --build "$build" --target tarvik sdblk sdblk_command
 }
-[ -x "$build/cmd/tarvik" ] || echo 'demo: building the command; this happens once.' >&2
+[ -x "$build/cmd/tarvik" ] || echo 'demo: building the commands; this happens once.' >&2
 quietly "$root/build/demo.log" build_command
 
 if [ $# -eq 0 ]; then
