@@ -15,11 +15,13 @@ constexpr std::array kEndingSignals = {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM
 
 std::atomic<const char *> path_to_remove = nullptr;
 
-// The signal has its default effect again; it comes into force when this returns.
+// The signal gets its default effect only when all is cleaned up: the same one may come again at any
+// moment, to another thread as well.  It comes into force when this returns.
 void clean_up_and_end(int signal) {
   const char *path = path_to_remove;
   if (path != nullptr) unlink(path);
   erase_progress();
+  std::signal(signal, SIG_DFL);
   std::raise(signal);
 }
 
@@ -31,7 +33,6 @@ void catch_ending_signals() {
   std::signal(SIGPIPE, SIG_DFL);
   struct sigaction action = {};
   action.sa_handler = clean_up_and_end;
-  action.sa_flags = static_cast<int>(SA_RESETHAND);
   for (const int signal : kEndingSignals) {
     struct sigaction before = {};
     sigaction(signal, nullptr, &before);
