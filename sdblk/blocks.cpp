@@ -38,11 +38,12 @@ void declare_blocks(OptionList *options, Chosen *chosen) {
   options->argument(
       "--types", "LETTERS",
       [blocks](const std::string &argument) { return take_letters(argument, &blocks->types); },
-      "Only blocks of these record types, a row of letters such as VAS");
+      "Only blocks of these record types, such as VAS");
   options->argument(
       "--blockettes", "TYPES",
       [blocks](const std::string &argument) { return take_types(argument, &blocks->blockettes); },
-      "Only these blockette types, such as 50,52,1000; 99 is a data record");
+      "Only these blockette types, such as 50,52,1000;\n"
+      "99 is a data record");
   chosen->make_view = [blocks](const ViewOptions &common) {
     return make_blocks_view(common, *blocks);
   };

@@ -25,7 +25,8 @@ void declare_epoch_choice(OptionList *options, const std::shared_ptr<EpochOption
   options->arguments(
       "--accept", "RE",
       [epochs](const std::string &argument) { return take_pattern(argument, &epochs->accept); },
-      "Only epochs with RE, an extended regular expression, in NET_STA_CHA_LO");
+      "Only epochs with RE, an extended regular expression,\n"
+      "in NET_STA_CHA_LO");
   options->arguments(
       "--reject", "RE",
       [epochs](const std::string &argument) { return take_pattern(argument, &epochs->reject); },

@@ -7,11 +7,16 @@ namespace tarvik {
 
 namespace {
 
-// An option that is given at most so many times (-1: any), each time with one argument.  What looks
-// like a list is not taken apart; that is switched off last, for expected switches it on.
-void add(CLI::App *app, const char *names, const char *value, int most,
+enum class Times { once, any };
+
+// An option that is given at most so many times, each time with one argument.  What looks like a
+// list is not taken apart; that is switched off last, for expected switches it on.
+void add(CLI::App *app, const char *names, const char *value, Times times,
          const OptionList::Take &take, const char *purpose) {
-  const auto take_all = [take, names](const std::vector<std::string> &arguments) {
+  const auto take_all = [=](const std::vector<std::string> &arguments) {
+    if (times == Times::once && arguments.size() > 1) {
+      throw CLI::ValidationError(names, "is given more than once");
+    }
     for (const std::string &argument : arguments) {
       const std::string fault = take(argument);
       if (!fault.empty()) throw CLI::ValidationError(names, fault);
@@ -19,8 +24,8 @@ void add(CLI::App *app, const char *names, const char *value, int most,
     return true;
   };
   CLI::Option *option = app->add_option(names, take_all, purpose);
-  option->type_name(value)->type_size(1)->expected(most);
-  if (most < 0) option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  option->type_name(value)->type_size(1)->expected(1);
+  option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   option->allow_extra_args(false);
 }
 
@@ -41,12 +46,12 @@ void OptionList::path(const char *names, const char *value, std::string *variabl
 
 void OptionList::argument(const char *names, const char *value, const Take &take,
                           const char *purpose) {
-  add(app_, names, value, 1, take, purpose);
+  add(app_, names, value, Times::once, take, purpose);
 }
 
 void OptionList::arguments(const char *names, const char *value, const Take &take,
                            const char *purpose) {
-  add(app_, names, value, -1, take, purpose);
+  add(app_, names, value, Times::any, take, purpose);
 }
 
 void OptionList::first(const char *value, std::vector<std::string> *variable, const char *purpose) {

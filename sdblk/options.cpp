@@ -14,11 +14,15 @@ constexpr std::int32_t kMostRecordLength = 131072;
 
 constexpr char kVersion[] = "sdblk " SDBLK_VERSION;
 constexpr char kAbout[] =
-    "Writes what SEED volumes hold as data: a JSON object on each line.  Files are read to their\n"
-    "last byte; what is damaged is passed over and told.";
-constexpr char kFooter[] =
-    "Exit status: 0 all was read; 1 a file could not be read, or output could not be written;\n"
-    "2 wrong usage; 3 all was read, but something in it is damaged.";
+    "Writes what SEED volumes hold: JSON Lines, comma-separated values, StationXML.\n"
+    "Files are read to their last byte; what is damaged is passed over and told.";
+constexpr char kVerbFooter[] =
+    "Exit status: 0 all was read; 1 a file could not be read, or output could not\n"
+    "be written; 2 wrong usage; 3 all was read, but something in it is damaged.";
+constexpr char kFooter[] = "'sdblk VERB --help' shows the options of a verb.";
+constexpr char kHelpPurpose[] = "Print this help and exit";
+constexpr char kVersionPurpose[] = "Print the version and exit";
+constexpr std::size_t kNameColumns = 24;
 
 std::string take_record_length(const std::string &argument, std::int32_t *length) {
   const bool fits = read_integer(argument, kLeastRecordLength, kMostRecordLength, length) &&
@@ -37,20 +41,21 @@ std::string take_workers(const std::string &argument, std::int32_t *workers) {
 void declare_common(const Verb &verb, OptionList *list, Options *options) {
   list->first("FILE...", &options->files, "Volumes, folders of them, - for standard input");
   list->path("--files-from", "LIST", &options->files_from,
-             "Further paths, one a line, from a file or from standard input (-)");
+             "Further paths, one a line; - is standard input");
   list->flag("-0", &options->nul, "The paths of LIST end in NUL instead");
   list->argument(
       "-j", "N",
       [options](const std::string &argument) { return take_workers(argument, &options->workers); },
-      "Read N files at a time; 0: as many as there are processors");
+      "Read N files at a time; 0: as many as processors");
   list->path("-o", "FILE", &options->output,
-             "Write to a file, which is there when the run has ended well");
+             "Write to FILE, which is there when the run ended well");
   list->argument(
       "--record-length", "BYTES",
       [options](const std::string &argument) {
         return take_record_length(argument, &options->view.record_length);
       },
-      "Length of a record until one is known, a power of two from 64 to 131072 (4096)");
+      "Length of a record until one is known,\n"
+      "a power of two from 64 to 131072 (4096)");
   if (verb.heading != nullptr) {
     list->flag("--csv", &options->view.csv, "Write comma-separated values");
   }
@@ -79,14 +84,24 @@ std::string without_verb(int argc, const char *const *argv) {
   return argc < 2 ? "no verb is given" : std::string("'") + argv[1] + "' is no verb";
 }
 
+// In place of the library's sentence after the option's name.
+std::string argument_fault(const CLI::ArgumentMismatch &error) {
+  const std::string text = error.what();
+  return text.substr(0, text.find(':')) + ": the argument is missing";
+}
+
 // The application that reads a command line into options.
 class Reader {
  public:
   Reader(std::span<const Verb> verbs, Options *options) : app_(kAbout, "sdblk") {
     app_.require_subcommand(1);
-
     app_.footer(kFooter);
-    app_.set_version_flag("--version", kVersion);
+    app_.set_help_flag("-h,--help", kHelpPurpose);
+    app_.set_version_flag("--version", kVersion, kVersionPurpose);
+    app_.get_formatter()->column_width(kNameColumns);
+    app_.get_formatter()->label("OPTIONS", "OPTION...");
+    app_.get_formatter()->label("SUBCOMMAND", "VERB");
+    app_.get_formatter()->label("Positionals", "Files");
     for (const Verb &verb : verbs) add(verb, options);
   }
 
@@ -105,6 +120,9 @@ class Reader {
     } catch (const CLI::CallForHelp &) {
       *text = app_.help();
       return Parsed::answer;
+    } catch (const CLI::ArgumentMismatch &error) {
+      *text = with_hint(argument_fault(error), *options);
+      return Parsed::fault;
     } catch (const CLI::ParseError &error) {
       const bool has_verb = options->verb != nullptr;
       *text = with_hint(has_verb ? error.what() : without_verb(argc, argv), *options);
@@ -124,9 +142,10 @@ class Reader {
   // Options are declared when their verb is met, so those of one verb only.
   void add(const Verb &verb, Options *options) {
     CLI::App *command = app_.add_subcommand(verb.name, verb.purpose);
-    command->footer(kFooter);
+    command->group("Verbs");
+    command->footer(kVerbFooter);
     command->allow_extras();
-    command->set_version_flag("--version", kVersion);
+    command->set_version_flag("--version", kVersion, kVersionPurpose);
     command->preparse_callback([&verb, command, options](std::size_t) {
       options->verb = &verb;
       OptionList list(command);

@@ -214,7 +214,8 @@ void declare_stationxml(OptionList *options, Chosen *chosen) {
       [document](const std::string &argument) { return take_level(argument, &document->level); },
       "How far down: network, station, channel or response");
   options->flag("--strict", &document->strict,
-                "Fail where the format cannot take something, and leave the FILE of -o as it is");
+                "Fail where the format cannot take something,\n"
+                "and leave the FILE of -o as it is");
   chosen->run = [document](const Options &all) { return run_document(all, *document); };
 }
 

@@ -5,9 +5,9 @@
 namespace tarvik {
 
 void declare_volumes(OptionList *options, Chosen *chosen) {
-  options->path(
-      "--known", "LIST", &chosen->known,
-      "Pass over files that are as the lines of an earlier run say; tell those that are gone");
+  options->path("--known", "LIST", &chosen->known,
+                "Pass over files that are as the lines of earlier runs\n"
+                "say; tell those that are gone");
   chosen->make_view = make_volumes_view;
 }
 

@@ -190,6 +190,20 @@ TEST_F(SdblkTest, HelpAndVersionGoToStandardOutput) {
   }
 }
 
+TEST_F(SdblkTest, HelpFitsATerminalOf80Columns) {
+  for (const std::string verb : {"", "blocks", "volumes", "stations", "segments", "stationxml"}) {
+    const Result result = verb.empty() ? run({"--help"}) : run({verb, "--help"});
+    for (const std::string &line : lines_in(result.output)) EXPECT_LE(line.size(), 80U) << line;
+  }
+}
+
+TEST_F(SdblkTest, HelpNamesVerbsAsTheManualDoes) {
+  const std::string help = run({"--help"}).output;
+  EXPECT_NE(help.find("Usage: sdblk [OPTION...] VERB\n"), std::string::npos) << help;
+  EXPECT_NE(help.find("\nVerbs:\n"), std::string::npos) << help;
+  EXPECT_NE(help.find("'sdblk VERB --help'"), std::string::npos) << help;
+}
+
 TEST_F(SdblkTest, DanglingLinkIsUnreadable) {
   fs::create_symlink("nowhere", scratch_ / "link");
   EXPECT_EQ(run({"blocks", "link"}).output, error_line("link", kNoFile));

@@ -151,8 +151,9 @@ TEST_F(ParseOptionsTest, WrongUsageIsTold) {
   EXPECT_EQ(fault({"plain", "a", "-o", ""}), "sdblk: -o: the path is empty");
   EXPECT_EQ(fault({"plain", "a", "--files-from", ""}), "sdblk: --files-from: the path is empty");
   EXPECT_EQ(fault({"words", "a", "--csv", "--known", "l"}), "sdblk: --known goes without --csv");
-  EXPECT_NE(fault({"plain", "a", "-o"}), "");
-  EXPECT_NE(fault({"plain", "a", "-o", "x", "-o", "y"}), "");
+  EXPECT_EQ(fault({"plain", "a", "-o"}), "sdblk: -o: the argument is missing");
+  EXPECT_EQ(fault({"words", "a", "--word"}), "sdblk: --word: the argument is missing");
+  EXPECT_EQ(fault({"plain", "a", "-o", "x", "-o", "y"}), "sdblk: -o: is given more than once");
   EXPECT_EQ(fault({"plain", "a", "--bogus"}), "sdblk: '--bogus' is no option");
   EXPECT_EQ(fault({"plain", "-x", "a"}), "sdblk: '-x' is no option");
   EXPECT_EQ(fault({"plain", "a", "--rec", "64"}), "sdblk: '--rec' is no option");
