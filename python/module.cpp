@@ -185,6 +185,12 @@ void add_block(py::module_ *module) {  // NOLINT(readability-function-size)
 
 // ---- volumes ----
 
+std::string shown_volume(const Volume &volume) {
+  const py::object name = volume.name();
+  return "<sdblk.Volume " + (name.is_none() ? "of bytes" : py::repr(name).cast<std::string>()) +
+         ">";
+}
+
 std::unique_ptr<Volume> open_volume(const py::object &source, bool strict,
                                     std::int32_t record_length) {
   return std::make_unique<Volume>(source, record_length, strict);
@@ -205,6 +211,7 @@ void add_volume(py::module_ *module) {
   volume.def("__exit__", [](Volume &self, const py::args &) { self.close(); });
   volume.def("close", &Volume::close,
              "Closes the file or lets go of the buffer.  Blocks, skips, notes and counts stay.");
+  volume.def("__repr__", shown_volume);
   volume.def_property_readonly("closed", &Volume::is_closed);
   volume.def_property_readonly("file", &Volume::name, "The path as given, or None of a buffer.");
   volume.def_property_readonly("strict", &Volume::is_strict);

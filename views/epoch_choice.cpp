@@ -31,7 +31,7 @@ EpochChoice::Patterns::Patterns(const std::vector<std::string> &patterns) {
     const int fault = regcomp(&compiled, pattern.c_str(), kFlags);
     if (fault != 0) {
       release();
-      throw std::invalid_argument(fault_text(fault, compiled));
+      throw std::invalid_argument("'" + pattern + "': " + fault_text(fault, compiled));
     }
     compiled_.push_back(compiled);
   }

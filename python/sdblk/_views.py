@@ -19,6 +19,8 @@ Time = Union[str, datetime.date, np.datetime64, None]
 
 
 def _paths(files: Files) -> Iterable[Path]:
+    if isinstance(files, (bytes, bytearray, memoryview)):
+        raise TypeError("files is a path or several; bytes are for sdblk.open and sdblk.records")
     return [files] if isinstance(files, (str, os.PathLike)) else files
 
 

@@ -172,7 +172,7 @@ def test_choice_of_stations(file, options, count):
 
 def test_a_pattern_or_time_with_a_fault_is_refused(file):
     path = file(dataless())
-    with pytest.raises(ValueError):
+    with pytest.raises(ValueError, match=r"^'\(': "):
         sdblk.stations(path, accept="(")
     with pytest.raises(ValueError, match="yesterday"):
         sdblk.stations(path, start="yesterday")
@@ -217,3 +217,10 @@ def test_record_length_must_be_possible(file, length):
     path = file(dataless())
     with pytest.raises(ValueError, match="power of two"):
         sdblk.volumes(path, record_length=length)
+
+
+@pytest.mark.parametrize("view", [sdblk.stations, sdblk.segments, sdblk.volumes, sdblk.blocks])
+@pytest.mark.parametrize("source", [b"", b"vol.seed", bytearray(b"x"), memoryview(b"x")])
+def test_bytes_are_no_files(view, source):
+    with pytest.raises(TypeError, match="bytes are for sdblk.open"):
+        list(view(source))

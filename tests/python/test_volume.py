@@ -406,3 +406,10 @@ def test_lack_of_memory_is_an_error(tmp_path):
         [sys.executable, "-c", NO_MEMORY, path], stderr=subprocess.PIPE, text=True, check=False
     )
     assert (done.returncode, done.stderr) == (0, "")
+
+
+def test_volume_shows_what_it_reads(tmp_path):
+    path = tmp_path / "vol.seed"
+    path.write_bytes(dataless())
+    assert repr(sdblk.open(path)) == f"<sdblk.Volume {str(path)!r}>"
+    assert repr(sdblk.open(dataless())) == "<sdblk.Volume of bytes>"
