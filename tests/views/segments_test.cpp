@@ -108,6 +108,17 @@ TEST(SegmentsView, GapIsOneToTheSegmentBeforeInTime) {
   EXPECT_EQ(between(found[2], R"("gap":)", ","), "3595");
 }
 
+TEST(SegmentsView, GapIsOneToTheSegmentBeforeAlsoWhereAnEarlierOneEndsLater) {
+  // 60 seconds from 6:00:00 on, 5 from 6:00:10 on, 5 from 6:00:30 on.
+  DataRecord minute = record({2021, 75, 6});
+  minute.samples = 1200;
+  const std::vector<std::string> found = split_lines(
+      lines(volume_of({minute, record({2021, 75, 6, 0, 10}), record({2021, 75, 6, 0, 30})})));
+  ASSERT_EQ(found.size(), 3U);
+  EXPECT_EQ(between(found[1], R"("gap":)", ","), "-50");
+  EXPECT_EQ(between(found[2], R"("gap":)", ","), "15");
+}
+
 TEST(SegmentsView, CorrectionMovesTheStart) {
   DataRecord late = record();
   late.time_correction = 5;

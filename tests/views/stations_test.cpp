@@ -152,6 +152,20 @@ TEST(StationsView, StationCommentThatFollowsAChannelBelongsToItsLine) {
             "[" + one + "," + two);
 }
 
+TEST(StationsView, CommentsStayWithTheirOwn) {
+  VolumeWriter volume = dictionaries();
+  volume.control('S', {station("DYNGA"), comment(51, 7, {2020, 2}, 1), channel("BHZ")});
+  volume.control('S', {comment(59, 7, {2021, 76}, 2), channel("BHN"), station("SKERA")});
+  volume.control('S', channel("BHE"));
+  const std::vector<std::string> found = split_lines(lines(volume));
+  ASSERT_EQ(found.size(), 3U);
+  EXPECT_NE(between(found[0], R"("comments":[)", "]"), "");
+  EXPECT_EQ(between(found[1], R"(,"comments":[)", "]"), "");
+  EXPECT_NE(between(found[1], R"("station_comments":[)", "]"), "");
+  EXPECT_EQ(between(found[2], R"(,"comments":[)", "]"), "");
+  EXPECT_EQ(between(found[2], R"("station_comments":[)", "]"), "");
+}
+
 TEST(StationsView, UndefinedCommentHasNoText) {
   VolumeWriter volume = dictionaries();
   volume.control('S', {station("DYNGA"), channel("BHZ"), comment(59, 8, {2020, 2}, 1)});
@@ -275,6 +289,22 @@ TEST(StationsView, SplitResponseIsJoined) {
                 element("1") + "," + element("2") + "," + element("3") +
                 R"(]}}]},{"stage":2,"blockettes":[{"type":58,"from":58,"block":10,)"
                 R"("fields":{"stage":2,"sens":1,"freq":0.05,"nhistories":0}}]}])");
+}
+
+TEST(StationsView, ManyBlockettesOfAStageStayInTheirOrder) {
+  VolumeWriter volume = dictionaries();
+  volume.control('S', {station("DYNGA"), channel("BHZ")});
+  std::string expected;
+  for (int i = 0; i < 50; ++i) {
+    volume.control('S', {gain(2, 100 + i), gain(1, i)});
+    expected += std::to_string(i) + ' ';
+  }
+  const std::string text = between(stages(lines(volume)), R"("stage":1,)", R"({"stage":2,"block)");
+  std::string order;
+  for (std::size_t at = 0; (at = text.find(R"("sens":)", at)) != std::string::npos; ++at) {
+    order += between(text.substr(at), R"("sens":)", ",") + ' ';
+  }
+  EXPECT_EQ(order, expected);
 }
 
 TEST(StationsView, NegativeStageComesBeforeZero) {
