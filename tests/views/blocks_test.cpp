@@ -175,6 +175,11 @@ TEST(BlocksView, RecordWithoutANumberHasNullForIt) {
             std::string::npos);
 }
 
+TEST(BlocksView, NumberZeroIsANumber) {
+  EXPECT_NE(lines(record().bytes(256, 0)).find(R"("block":0,"sequence":0,"record_type":"D",)"),
+            std::string::npos);
+}
+
 TEST(BlocksView, UnknownTypeHasNeitherNameNorFields) {
   VolumeWriter volume(256);
   volume.control('S', ControlBlockette(77).raw("abc"));

@@ -298,6 +298,12 @@ TEST(VolumesView, CodesAreNotRunTogether) {
   EXPECT_EQ(value(volume, "channels"), "2");
 }
 
+TEST(VolumesView, CodeAndPlaceOfAChannelAreNotRunTogether) {
+  VolumeWriter volume = small();
+  volume.control('S', {station("D"), channel("BH", "Z"), channel("B", "HZ")});
+  EXPECT_EQ(value(volume, "channels"), "2");
+}
+
 TEST(VolumesView, ChannelsAreDifferentCodesAndPlacesOfAStation) {
   VolumeWriter volume = small();
   volume.control('S', {station("A"), channel("BHZ"), channel("BHZ"), channel("BHZ", "00")});

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/util/run_command.h"
@@ -178,6 +179,30 @@ TEST(WholeView, PaddingAndNotesOtherThanCutAreNoDamage) {
   VolumeWriter volume(256);
   volume.control('S', comment("x")).raw_record(std::string(100, ' ')).data(record(10));
   EXPECT_EQ(outcome_of(volume.data(record()).bytes()), Outcome::read);
+}
+
+TEST(WholeView, NoteOfAnyOtherCauseIsNoDamage) {
+  DataRecord either = record();
+  either.time = {2056, 257};
+  DataRecord lost = record();
+  lost.forced_first_offset = 9999;
+  const ControlBlockette unit = ControlBlockette(34).digits(1, 3).var("M").var("");
+  const auto control = [](std::initializer_list<ControlBlockette> blockettes) {
+    return VolumeWriter(256).control('A', blockettes).bytes();
+  };
+  const std::vector<std::pair<std::string, std::string>> notes = {
+      {"length", record(10).bytes(256) + record().bytes(256, 2)},
+      {"unconfirmed", "000001V*  "},
+      {"order", either.bytes(256)},
+      {"chain", lost.bytes(256)},
+      {"value", control({comment("x")})},
+      {"short", control({ControlBlockette(11).digits(2, 3).fixed("B", 5)})},
+      {"again", control({unit, unit})}};
+  for (const auto &[cause, bytes] : notes) {
+    Calls view;
+    EXPECT_NE(lines_of(&view, bytes).find(cause), std::string::npos) << cause;
+    EXPECT_EQ(outcome_of(bytes), Outcome::read) << cause;
+  }
 }
 
 TEST(WholeView, GarbageIsDamage) {
