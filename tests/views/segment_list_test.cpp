@@ -148,6 +148,13 @@ TEST(SegmentList, RecordsOutOfOrderAreSortedAndJoined) {
   EXPECT_EQ(found[0].records, 3);
 }
 
+TEST(SegmentList, RecordsOutOfOrderAreJoinedWithinHalfASampleAndNoMore) {
+  EXPECT_TRUE(are_one(record(kNext + 25000), record(0)));
+  EXPECT_FALSE(are_one(record(kNext + 25001), record(0)));
+  EXPECT_TRUE(are_one(record(kNext - 25000), record(0)));
+  EXPECT_FALSE(are_one(record(kNext - 25001), record(0)));
+}
+
 TEST(SegmentList, RateOfRecordsOutOfOrderIsThatOfTheFirstInTime) {
   const std::vector<Segment> found = segments({record(10000, 10000.5), record(0, 10000)});
   ASSERT_EQ(found.size(), 1U);

@@ -119,6 +119,14 @@ TEST(SegmentsView, GapIsOneToTheSegmentBeforeAlsoWhereAnEarlierOneEndsLater) {
   EXPECT_EQ(between(found[2], R"("gap":)", ","), "15");
 }
 
+TEST(SegmentsView, GapIsReckonedAtTheRateOfTheSegmentBefore) {
+  // One sample a second, four of them: the next one is due 4 seconds after the first.
+  DataRecord slow = record({2021, 75, 6});
+  slow.rate_factor = 1;
+  slow.samples = 4;
+  EXPECT_EQ(gap(slow, record({2021, 75, 6, 0, 7, 5000})), "3.5");
+}
+
 TEST(SegmentsView, CorrectionMovesTheStart) {
   DataRecord late = record();
   late.time_correction = 5;

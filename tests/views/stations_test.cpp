@@ -133,6 +133,20 @@ TEST(StationsView, NextFileStartsAnew) {
   EXPECT_NE(lines_of(view.get(), second.bytes()).find(R"("station":null)"), std::string::npos);
 }
 
+TEST(StationsView, CodesOfTheFileBeforeChooseNothing) {
+  VolumeWriter first = dictionaries();
+  first.control('S', station("DYNGA"));
+  VolumeWriter second = dictionaries();
+  second.control('S', channel("BHZ"));
+  EpochOptions epochs;
+  epochs.accept = {"^XX_", "_DYNGA_"};
+  const auto view = make_stations_view({}, epochs);
+  EXPECT_NE(lines_of(view.get(), first.bytes()), "");
+  EXPECT_EQ(lines_of(view.get(), second.bytes()), "");
+  epochs.accept = {"^__BHZ$"};
+  EXPECT_NE(lines_of(make_stations_view({}, epochs).get(), second.bytes()), "");
+}
+
 TEST(StationsView, VolumeWithoutStationsHasNoLine) { EXPECT_EQ(lines(dictionaries()), ""); }
 
 // ---- comments ----
@@ -164,6 +178,16 @@ TEST(StationsView, CommentsStayWithTheirOwn) {
   EXPECT_NE(between(found[1], R"("station_comments":[)", "]"), "");
   EXPECT_EQ(between(found[2], R"(,"comments":[)", "]"), "");
   EXPECT_EQ(between(found[2], R"("station_comments":[)", "]"), "");
+}
+
+TEST(StationsView, CommentMayHaveAnEnd) {
+  VolumeWriter volume = dictionaries();
+  volume.control('S', {station("DYNGA"), channel("BHZ")});
+  volume.control('S',
+                 ControlBlockette(59).var("2021,076").var("2021,077").digits(7, 4).fixed("", 6));
+  EXPECT_EQ(between(lines(volume), R"(,"comments":[)", "]"),
+            R"({"start":"2021-03-17T00:00:00.0000Z","end":"2021-03-18T00:00:00.0000Z",)"
+            R"("text":"Frozen","level":null})");
 }
 
 TEST(StationsView, UndefinedCommentHasNoText) {

@@ -374,6 +374,15 @@ TEST(VolumesView, DataTimesAreTheEarliestStartAndTheLatestEnd) {
   EXPECT_EQ(value(text, "data_end"), R"("2021-03-16T06:16:02.9500Z")");
 }
 
+TEST(VolumesView, SegmentOfSeveralRecordsDoesNotGoBeforeAnEarlierOne) {
+  const std::string text = line(small()
+                                    .data(record({2021, 75, 6, 15, 50, 0}))
+                                    .data(record({2021, 75, 6, 16, 0, 0}))
+                                    .data(record({2021, 75, 6, 16, 5, 0})));
+  EXPECT_EQ(value(text, "data_start"), R"("2021-03-16T06:15:50.0000Z")");
+  EXPECT_EQ(value(text, "data_end"), R"("2021-03-16T06:16:09.9500Z")");
+}
+
 TEST(VolumesView, EndOfASegmentThatLiesInAnotherIsNotTheLatest) {
   DataRecord shorter = record({2021, 75, 6, 15, 53, 0});
   shorter.samples = 1;

@@ -84,6 +84,17 @@ TEST(UnstuffWhole, DecodesWhatACutBlocketteHas) {
   EXPECT_EQ(countarr(block->contents), 3);
 }
 
+TEST(UnstuffWhole, BlocketteIsCutWhereOneByteIsMissing) {
+  // The record has 57 bytes after its header.
+  const auto notes = [](long length) {
+    const std::string text =
+        ControlBlockette(90).raw(std::string(50, 'x')).text_with_length(length);
+    return WholeReader(VolumeWriter(65).control('S', text).bytes(), 65).read_all().lines();
+  };
+  EXPECT_EQ(notes(57), (Lines{"block 0: S 90 @8"}));
+  EXPECT_EQ(notes(58), (Lines{"block 0: S 90 @8", "cut @8 block 0"}));
+}
+
 TEST(UnstuffWhole, CutHasASentence) {
   const std::string text = ControlBlockette(90).raw("xxx").text_with_length(117);
   EXPECT_EQ(WholeReader(VolumeWriter(35).control('S', text).bytes(), 35).read_all().text(),

@@ -458,6 +458,12 @@ TEST(DecodeFields, NotesOfAGroupNameTheRepetition) {
   EXPECT_FALSE(decoded.has("dens"));
 }
 
+TEST(DecodeFields, RepetitionsOfEachGroupCountFromZero) {
+  const Decoded decoded(
+      coefficients("0002"s + kCoefficient + kCoefficient + "0001" + " 1.00000E+00         bad"));
+  EXPECT_EQ(decoded.notes(), (Lines{"value dens[0].coef_err"}));
+}
+
 TEST(DecodeFields, CountWithoutAValueEndsItsListOfFields) {
   const Decoded decoded(coefficients("    "s + kCoefficient + "0000"));
   EXPECT_EQ(decoded.entry("nums").count, 0);

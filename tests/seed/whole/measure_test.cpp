@@ -296,6 +296,14 @@ TEST(MeasureControl, VolumeIdentifiersStateALength) {
   }
 }
 
+TEST(MeasureControl, AnyLetterMayHaveTheIdentifier) {
+  for (const char letter : {'A', 'S', 'T'}) {
+    std::string record = identifier("09", 600);
+    record[6] = letter;
+    EXPECT_EQ(measure(record, 300), "512 unconfirmed") << letter;
+  }
+}
+
 TEST(MeasureControl, RecordThatGoesOnStatesNothing) {
   EXPECT_EQ(measure(identifier("09", 600, "010", '*'), 300), "300 unconfirmed");
 }

@@ -144,6 +144,11 @@ TEST(ParseWhole, SequenceBreaksAreCounted) {
   EXPECT_EQ(breaks(data(999999) + data(1) + data(2)), 0);
 }
 
+TEST(ParseWhole, ControlRecordsBreakTheSequenceToo) {
+  EXPECT_EQ(breaks(record("000001S ", unknown(10)) + record("000002T ", unknown(10)) + data(3)), 0);
+  EXPECT_EQ(breaks(record("000001S ", unknown(10)) + record("000003T ", unknown(10)) + data(4)), 1);
+}
+
 TEST(ParseWhole, MissingNumberBreaksTwice) {
   EXPECT_EQ(breaks(unnumbered()), 0);
   EXPECT_EQ(breaks(data(1) + unnumbered() + data(2)), 2);
