@@ -150,6 +150,21 @@ TEST(DataRecord, Blockette100WithoutARateLeavesItToFactorAndMultiplier) {
   EXPECT_EQ(rate(record().blockette(100, "\x41").b1001(0, 0, 0)), 20);
 }
 
+TEST(DataRecord, Blockette100EndsWhereOneBeforeItInTheChainBegins) {
+  // The chain starts at an offset and leads back to 48, where a rate of 40 takes eight bytes.
+  const auto rate_before = [](unsigned first) {
+    volume::DataRecord data = record();
+    data.forced_first_offset = first;
+    const volume::BinaryFields back = volume::BinaryFields(ByteOrder::kBig).u16(3000).u16(48);
+    const volume::BinaryFields b100 = volume::BinaryFields(ByteOrder::kBig).u16(100).u16(0).f32(40);
+    std::string bytes = data.bytes(256);
+    bytes.replace(48, 8, b100.bytes()).replace(first, 4, back.bytes());
+    return data_record(*WholeBlock(VolumeWriter(256).raw_record(bytes))).rate;
+  };
+  EXPECT_EQ(rate_before(56), 40);
+  EXPECT_EQ(rate_before(55), 20);
+}
+
 TEST(DataRecord, RateBelowAMillionthIsNone) {
   EXPECT_EQ(rate(record(-1000, -1000)), 0.000001);
   EXPECT_EQ(rate(record(-1001, -1000)), 0);

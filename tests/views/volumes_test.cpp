@@ -276,6 +276,10 @@ TEST(VolumesView, RecordLengthIsElseThatOfTheFirstRecord) {
   EXPECT_EQ(value(small().data(record()).data(record()), "record_length"), "256");
 }
 
+TEST(VolumesView, RecordLengthIsThatWhichTheFirstRecordHas) {
+  EXPECT_EQ(value(small().data(record().b1000(3, 1, 17)).data(record()), "record_length"), "256");
+}
+
 TEST(VolumesView, RecordLengthIsNotThatOfLaterRecords) {
   VolumeWriter volume = small();
   volume.data(record().b1000(3, 1, 9), 512).data(record()).data(record());

@@ -167,7 +167,7 @@ TEST(ParseWhole, BlockettesFollowEachOther) {
 }
 
 TEST(ParseWhole, LineEndsBeforeABlocketteArePassedOver) {
-  EXPECT_EQ(lines_of(record("000001S*", "\r\n\n" + unknown(10) + "\r" + unknown(20))),
+  EXPECT_EQ(lines_of(record("000001S*", "\n\r\n" + unknown(10) + "\r" + unknown(20))),
             (Lines{"unconfirmed @0", "block 0: S 90 @11", "block 1: S 90 @22"}));
 }
 
