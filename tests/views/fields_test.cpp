@@ -390,6 +390,13 @@ TEST(PutFields, EmptyArrayOfReferencesHasAnEmptyArray) {
             R"({"nstages":1,"stages":[{"stage":1,"nresps":0,"resps":[],"refs":{"resps":[]}}]})");
 }
 
+TEST(PutFields, ArrayOfReferencesWhoseCountIsNullIsAnEmptyOne) {
+  EXPECT_EQ(fields_after(ControlBlockette(60).digits(1, 2).digits(1, 2).raw("   ")),
+            R"({"nstages":1,"stages":[{"stage":1,"nresps":null,"resps":[],"refs":{"resps":[]}}]})");
+  EXPECT_EQ(fields_after(ControlBlockette(60).digits(1, 2).digits(1, 2).raw("  ")),
+            R"({"nstages":1,"stages":[{"stage":1,"nresps":null}]})");
+}
+
 // ---- one value ----
 
 TEST(PutValue, IsThatOfTheField) {
