@@ -370,7 +370,7 @@ class Volume {
   };
   /* The blocks that were not read yet. */
   Iterator begin() { return Iterator(this); }
-  Iterator end() { return Iterator(nullptr); }
+  static Iterator end() { return Iterator(nullptr); }
 
   [[nodiscard]] SDBlkVol &raw() const { return *held_->vol; }
   [[nodiscard]] std::int64_t size() const { return held_->vol->image_size; }

@@ -20,8 +20,8 @@ class Row {
   void start(std::string_view kind, std::string_view file);
 
   void text(std::string_view key, std::string_view bytes);
-  void integer(std::string_view key, std::int64_t value);
-  void real(std::string_view key, double value);
+  void integer(std::string_view key, std::int64_t number);
+  void real(std::string_view key, double number);
   // The times of views/json.h.
   void time(std::string_view key, double epoch);
   void microtime(std::string_view key, std::int64_t microseconds);
