@@ -178,14 +178,14 @@ def build():
 
 
 # The tests of a layer, then those of the layers that use it; whatever else ctest knows comes last.
-PROGRAMS = {"support": ["support", "seed", "cmd", "examples"], "seed": ["seed", "cmd", "examples"],
-            "cmd": ["cmd"]}
+PROGRAMS = {"support": ["support", "seed", "cmd", "examples"],
+            "seed": ["seed", "seed/whole", "cmd", "examples", "views"], "cmd": ["cmd"]}
 
 
 def first_failure(path):
     """The test that fails, or None."""
-    for layer in PROGRAMS[path.split("/")[0]]:
-        program = BUILD / "tests" / layer / f"tests_{layer}"
+    for folder in PROGRAMS[path.split("/")[0]]:
+        program = BUILD / "tests" / folder / f"tests_{Path(folder).name}"
         status, output = run([str(program), "--gtest_fail_fast", "--gtest_brief=1"], 120)
         if status is None:
             return f"{program.name}: no end"

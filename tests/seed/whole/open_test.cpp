@@ -9,6 +9,7 @@
 #include <string>
 
 #include "seed/whole.h"
+#include "seed/whole/state.h"
 #include "tests/util/decoded.h"
 #include "tests/util/log_capture.h"
 #include "tests/util/run_command.h"
@@ -106,6 +107,17 @@ TEST(SdblkReadWhole, MakesWholeReadingOfAnOpenVolume) {
   SDBlkVol *vol = sdblk_new(nullptr, bytes.data(), static_cast<std::int32_t>(bytes.size()), 0);
   EXPECT_EQ(sdblk_read_whole(vol, nullptr), 0);
   EXPECT_EQ(count_and_close(vol), 3);
+}
+
+TEST(SdblkReadWhole, RefusedMemorySaysWhatTheSystemSays) {
+  SDBlkVol *vol = sdblk_new(nullptr, "", 0, 0);
+  {
+    const FailingMemory memory(1);
+    EXPECT_EQ(sdblk_read_whole(vol, nullptr), -1);
+  }
+  EXPECT_EQ(registered(), "sdblk_read_whole: no memory for " + std::to_string(sizeof(SDBlkWhole)) +
+                              " bytes.\n    Cannot allocate memory\n");
+  sdblk_closevol(vol);
 }
 
 TEST(SdblkReadWhole, IsTooLateAfterTheFirstBlock) {
