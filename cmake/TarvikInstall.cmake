@@ -77,7 +77,7 @@ if(TARGET sdblk_command)
           RENAME sdblk COMPONENT companion
   )
   install(FILES completions/_sdblk DESTINATION "${TARVIK_ZSH_COMPLETION_DIR}" COMPONENT companion)
-  install(FILES docs/archive.md docs/data.md docs/stationxml.md docs/whole.md
+  install(FILES docs/archive.md docs/data.md docs/reading.md docs/stationxml.md
           DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/doc/sdblk" COMPONENT companion
   )
   install(DIRECTORY examples/archive
