@@ -72,20 +72,24 @@ class Range {
   Iterator end_;
 };
 
+/* What the standard library asks of an iterator that gives each value once, as a copy. */
+template <typename Value>
+struct GivesOnce {
+  using iterator_category = std::input_iterator_tag;
+  using value_type = Value;
+  using difference_type = std::ptrdiff_t;
+  using pointer = void;
+  using reference = Value;
+};
+
 }  // namespace detail
 
 class Block;
 class Field;
 
 /* Goes over the fields of a list that are there, in the order of the catalogue. */
-class FieldIterator {
+class FieldIterator : public detail::GivesOnce<Field> {
  public:
-  using iterator_category = std::input_iterator_tag;
-  using value_type = Field;
-  using difference_type = std::ptrdiff_t;
-  using pointer = void;
-  using reference = Field;
-
   FieldIterator(const SDBlk *block, const Arr *contents, const SDBlkFieldDef *fields,
                 std::int32_t position, std::int32_t end)
       : block_(block), contents_(contents), fields_(fields), position_(position), end_(end) {
@@ -191,14 +195,8 @@ inline Field FieldIterator::operator*() const {
 }
 
 /* Goes over the data blockettes of a record. */
-class ChainIterator {
+class ChainIterator : public detail::GivesOnce<Block> {
  public:
-  using iterator_category = std::input_iterator_tag;
-  using value_type = Block;
-  using difference_type = std::ptrdiff_t;
-  using pointer = void;
-  using reference = Block;
-
   explicit ChainIterator(SDBlk *block) : block_(block) {}
   Block operator*() const;
   ChainIterator &operator++() {
@@ -343,14 +341,8 @@ class Volume {
     return Block(held_->block);
   }
 
-  class Iterator {
+  class Iterator : public detail::GivesOnce<Block> {
    public:
-    using iterator_category = std::input_iterator_tag;
-    using value_type = Block;
-    using difference_type = std::ptrdiff_t;
-    using pointer = void;
-    using reference = Block;
-
     explicit Iterator(Volume *volume) : volume_(volume) {
       if (volume_ != nullptr) block_ = volume_->next();
     }
