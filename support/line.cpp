@@ -141,11 +141,12 @@ char *put_hex_word(char *out, std::uint64_t word, std::size_t count) {
 }  // namespace
 
 char *put_large_integer(char *out, std::int64_t value) {
-  if (value < 0 || value >= 10000) return put_digits(out, value, 1);
-  const auto size = static_cast<std::uint64_t>(value);
-  if (size < 100) return put_pair(out, size);
-  if (size >= 1000) return put_pair(put_pair(out, size / 100), size % 100);
-  return put_pair(put_char(out, static_cast<char>('0' + size / 100)), size % 100);
+  if (value < 0 || value >= 1000000000) return put_digits(out, value, 1);
+  const auto size = static_cast<std::uint32_t>(value);
+  const std::uint32_t thousands = size / 1000;
+  if (thousands < 1000) return put_triple(put_small_integer(out, thousands), size % 1000);
+  out = put_triple(put_small_integer(out, thousands / 1000), thousands % 1000);
+  return put_triple(out, size % 1000);
 }
 
 char *put_digits(char *out, std::int64_t value, int digits) {

@@ -46,11 +46,41 @@ inline char *put_padded(char *out, std::string_view text, std::size_t width) {
   put_text(out, text);
   return out + width;
 }
+// "000" to "999", each with the number of its zeros in front, so that a look at the table takes the
+// place of divisions and of branches on the length.
+struct DigitTriples {
+  char text[4000];
+};
+consteval DigitTriples make_digit_triples() {
+  DigitTriples triples = {};
+  char *text = triples.text;
+  for (int i = 0; i < 1000; ++i) {
+    *text++ = static_cast<char>('0' + i / 100);
+    *text++ = static_cast<char>('0' + i / 10 % 10);
+    *text++ = static_cast<char>('0' + i % 10);
+    *text++ = static_cast<char>(i >= 100 ? 0 : i >= 10 ? 1 : 2);
+  }
+  return triples;
+}
+inline constexpr DigitTriples kDigitTriples = make_digit_triples();
+
+// A number below 1000, and three digits of one.  Room for four bytes.
+inline char *put_small_integer(char *out, std::uint64_t value) {
+  const char *triple = &kDigitTriples.text[4 * value];
+  const auto zeros = static_cast<std::size_t>(triple[3]);
+  std::memcpy(out, triple + zeros, 4);
+  return out + 3 - zeros;
+}
+inline char *put_triple(char *out, std::uint64_t value) {
+  std::memcpy(out, &kDigitTriples.text[4 * value], 4);
+  return out + 3;
+}
 // "%d" and "%ld": at most 20 bytes.
 char *put_large_integer(char *out, std::int64_t value);
 inline char *put_integer(char *out, std::int64_t value) {
-  if (value >= 0 && value < 10) return put_char(out, static_cast<char>('0' + value));
-  return put_large_integer(out, value);
+  const auto size = static_cast<std::uint64_t>(value);
+  if (size < 10) return put_char(out, static_cast<char>('0' + size));
+  return size < 1000 ? put_small_integer(out, size) : put_large_integer(out, value);
 }
 // "%*.*ld" with as many digits at least (a minus sign comes on top): at most 20 bytes.
 char *put_digits(char *out, std::int64_t value, int digits);

@@ -79,6 +79,19 @@ TEST(PutInteger, Numbers) {
   EXPECT_EQ(integer(-32768), "-32768");
 }
 
+TEST(PutInteger, EveryNumberOfAFewDigits) {
+  for (std::int64_t value = 0; value < 20000; ++value) {
+    EXPECT_EQ(integer(value), std::to_string(value));
+  }
+}
+
+TEST(PutInteger, ZerosWithinStay) {
+  EXPECT_EQ(integer(1000001), "1000001");
+  EXPECT_EQ(integer(70060005), "70060005");
+  EXPECT_EQ(integer(999000000), "999000000");
+  EXPECT_EQ(integer(5000000042), "5000000042");
+}
+
 TEST(PutInteger, Extremes) {
   EXPECT_EQ(integer(std::numeric_limits<std::int64_t>::max()), "9223372036854775807");
   EXPECT_EQ(integer(std::numeric_limits<std::int64_t>::min()), "-9223372036854775808");
