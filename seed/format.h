@@ -17,6 +17,9 @@ inline constexpr std::int64_t kPrefixBytes = kTypeBytes + kLengthBytes;
 inline constexpr std::int64_t kLinkBytes = 4;
 inline constexpr std::int64_t kDataHeaderBytes = 48;
 
+// The start time in a data record, a binary time.
+inline constexpr std::int64_t kStartTime = 20;
+
 // A field's text is shorter than this, and a number is read from at most so many characters of it.
 inline constexpr std::int32_t kFieldTextSize = 4096;
 inline constexpr std::int32_t kNumberWidth = 80;

@@ -22,7 +22,6 @@ constexpr std::int64_t kStation = 8;
 constexpr std::int64_t kLocation = 13;
 constexpr std::int64_t kChannel = 15;
 constexpr std::int64_t kNetwork = 18;
-constexpr std::int64_t kTime = 20;
 constexpr std::int64_t kSampleCount = 30;
 constexpr std::int64_t kRateFactor = 32;
 constexpr std::int64_t kRateMultiplier = 34;
@@ -142,7 +141,7 @@ double rate_of(const RecordBytes &record, bool big_endian, double actual) {
 }
 
 std::int64_t start_of(const RecordBytes &record, bool big_endian, std::int32_t microseconds) {
-  const double epoch = binary_time_at(record.bytes + kTime, big_endian);
+  const double epoch = binary_time_at(record.bytes + kStartTime, big_endian);
   std::int64_t ticks = std::llround(epoch * kTicksPerSecond);
   const bool applied = (record.bytes[kActivityFlags] & kCorrectionApplied) != 0;
   if (!applied) ticks += integer32_at(record.bytes + kTimeCorrection, big_endian);
@@ -178,7 +177,7 @@ void read_samples(const RecordBytes &record, Chain *chain, SDBlkSamples *samples
   ChainReader reader(record, big_endian, chain, samples);
   reader.read();
   samples->rate = rate_of(record, big_endian, reader.rate());
-  samples->has_start = is_whole_binary_time(record.bytes + kTime, big_endian) ? 1 : 0;
+  samples->has_start = is_whole_binary_time(record.bytes + kStartTime, big_endian) ? 1 : 0;
   if (samples->has_start != 0) {
     samples->start_us = start_of(record, big_endian, reader.microseconds());
     samples->start = nanoseconds(samples->start_us);

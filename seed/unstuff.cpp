@@ -1,4 +1,4 @@
-// Decoding a block of either kind: sdblk_unstuffblk.
+// Decoding a block of either kind: sdblk_unstuffblk, and sdblk_chain before it.
 #include "seed/block.h"
 #include "seed/cursor.h"
 #include "seed/failure.h"
@@ -42,5 +42,18 @@ int sdblk_unstuffblk(SDBlk *block) {
   if (result < 0 && vol != nullptr) {
     attempt.keep(vol, block->file_offset, sdblk_block_number(block));
   }
+  return result;
+}
+
+int sdblk_chain(SDBlk *record, double *start) {
+  const Attempt attempt;
+  SDBlkVol *vol = record->vol;
+  if (vol == nullptr || vol->whole == nullptr) {
+    elog_log(0, "sdblk_chain: B%4.4d at %c:%6.6d is not read whole\n", record->blockette_type,
+             record->record_type, record->logical_sequence);
+    return -1;
+  }
+  const int result = chain_whole(vol, record, start);
+  if (result < 0) attempt.keep(vol, record->file_offset, sdblk_block_number(record));
   return result;
 }

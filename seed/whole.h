@@ -183,6 +183,14 @@ typedef struct SDBlkSamples {
  * fewer than 48 bytes. */
 SDBLK_API int sdblk_samples(const SDBlk *record, SDBlkSamples *samples);
 
+/* Hangs the data blockettes on the block of a data record that is read whole, as sdblk_unstuffblk
+ * does, but takes no fields and reports nothing: for programs that look at a record's bytes first,
+ * and may decode it then.  *start is the start time of its fixed section, epoch seconds, or
+ * SDBLK_NO_TIME where it has no value.  Returns 1 where sdblk_unstuffblk has nothing to report of the
+ * start time, the byte order and the chain, 0 where it has; -1, with messages registered, for
+ * another block, or when memory runs out. */
+SDBLK_API int sdblk_chain(SDBlk *record, double *start);
+
 /* The code of an SDBlkAbbrRef that is there but has no value. */
 #define SDBLK_NO_CODE INT32_MIN
 

@@ -7,6 +7,7 @@
 #include "seed/whole/chain.h"
 #include "seed/whole/fields.h"
 #include "seed/whole/findings.h"
+#include "seed/whole/numbers.h"
 #include "seed/whole/reader.h"
 #include "seed/whole/state.h"
 #include "support/load.h"
@@ -88,36 +89,40 @@ SDBlk *add_chained(SDBlk *record, SDBlk *tail, const Link &link, std::int32_t en
   return blk;
 }
 
-bool decode_chain(const FieldsOf &of, const RecordBytes &bytes) {
-  SDBlk *record = of.block;
-  Chain &chain = of.whole->chain;
+// Hangs the blockettes of its chain on a record.
+bool link_chain(SDBlk *record, const RecordBytes &bytes, Chain *chain) {
   Links links;
-  chain.start(bytes, record->big_endian != 0);
-  while (chain.next(&links.link[links.count])) {
+  chain->start(bytes, record->big_endian != 0);
+  while (chain->next(&links.link[links.count])) {
     if (++links.count == Chain::kMost) break;
   }
   find_ends(record->blockette_length, &links);
-  FieldsOf chained = of;
   SDBlk *tail = record;
   for (std::size_t i = 0; i < links.count; ++i) {
     tail = add_chained(record, tail, links.link[i], links.end[i]);
     if (tail == nullptr) return false;
-    if (tail->blkdef == nullptr) continue;
-    chained.block = tail;
-    chained.chained = static_cast<std::int32_t>(i);
-    const std::int64_t size = tail->blockette_length - kLinkBytes;
-    if (size > 0 && !decode_data_fields(chained, tail->data_ptr + kLinkBytes, size)) return false;
-  }
-  if (of.notes && !chain.ended_well()) {
-    report_note(of.whole, SDBLK_NOTE_CHAIN, of.offset, of.number, nullptr,
-                "the chain of data blockettes leads to %d, where none is taken", chain.refused());
   }
   return true;
 }
 
+bool decode_chained(const FieldsOf &of) {
+  FieldsOf chained = of;
+  for (SDBlk *blk = of.block->next; blk != nullptr; blk = blk->next) {
+    chained.block = blk;
+    ++chained.chained;
+    const std::int64_t size = blk->blockette_length - kLinkBytes;
+    if (blk->blkdef == nullptr || size <= 0) continue;
+    if (!decode_data_fields(chained, blk->data_ptr + kLinkBytes, size)) return false;
+  }
+  return true;
+}
+
+RecordBytes bytes_of(const SDBlk &record) { return {record.data_ptr, record.blockette_length}; }
+
 bool decode_record(const FieldsOf &of) {
   SDBlk *record = of.block;
-  const RecordBytes bytes = {record->data_ptr, record->blockette_length};
+  Chain &chain = of.whole->chain;
+  const RecordBytes bytes = bytes_of(*record);
   const ByteOrder order = byte_order_of(bytes);
   if (of.notes && !order.deduced) {
     report_note(of.whole, SDBLK_NOTE_ORDER, of.offset, of.number, nullptr,
@@ -126,17 +131,25 @@ bool decode_record(const FieldsOf &of) {
   record->big_endian = order.big_endian ? 1 : 0;
   if (!decode_data_fields(of, bytes.bytes + kHeaderBytes, bytes.size - kHeaderBytes)) return false;
   record->data_offset = load_u16(bytes.bytes + kDataOffset, order.big_endian);
-  return decode_chain(of, bytes);
+  if (!link_chain(record, bytes, &chain) || !decode_chained(of)) return false;
+  if (of.notes && !chain.ended_well()) {
+    report_note(of.whole, SDBLK_NOTE_CHAIN, of.offset, of.number, nullptr,
+                "the chain of data blockettes leads to %d, where none is taken", chain.refused());
+  }
+  return true;
+}
+
+// A block that a program has made by hand may be shorter than any record.
+bool is_record(const SDBlk &block) {
+  return block.blockette_type == SDBLK_DATA_RECORD && block.data_ptr != nullptr &&
+         block.blockette_length >= kDataHeaderBytes;
 }
 
 bool decode(SDBlkVol *vol, SDBlk *block) {
   const FieldsOf of = {
       vol->whole, block, block->file_offset, block->storage->number, -1, !block->storage->reported};
   block->storage->reported = true;
-  // A block that a program has made by hand may be shorter than any record.
-  const bool is_record = block->blockette_type == SDBLK_DATA_RECORD && block->data_ptr != nullptr &&
-                         block->blockette_length >= kDataHeaderBytes;
-  return is_record ? decode_record(of) : decode_blockette(of);
+  return is_record(*block) ? decode_record(of) : decode_blockette(of);
 }
 
 }  // namespace
@@ -148,6 +161,23 @@ int unstuff_whole(SDBlkVol *vol, SDBlk *block) {
   elog_log(0, "sdblk_unstuffblk: no memory for the fields of B%4.4d at %c:%6.6d\n",
            block->blockette_type, block->record_type, block->logical_sequence);
   return -1;
+}
+
+int chain_whole(SDBlkVol *vol, SDBlk *record, double *start) {
+  if (!is_record(*record)) {
+    elog_log(0, "sdblk_chain: B%4.4d at %c:%6.6d is no data record\n", record->blockette_type,
+             record->record_type, record->logical_sequence);
+    return -1;
+  }
+  block_drop_chain(record);
+  block_forget_fields(record);
+  const RecordBytes bytes = bytes_of(*record);
+  const ByteOrder order = byte_order_of(bytes);
+  record->big_endian = order.big_endian ? 1 : 0;
+  if (!block_make_whole(record) || !link_chain(record, bytes, &vol->whole->chain)) return -1;
+  *start = SDBLK_NO_TIME;
+  const bool has_start = read_whole_binary_time(bytes.bytes + kStartTime, order.big_endian, start);
+  return has_start && order.deduced && vol->whole->chain.ended_well() ? 1 : 0;
 }
 
 }  // namespace tarvik

@@ -10,6 +10,9 @@ namespace tarvik {
 int parse_whole(SDBlkVol *vol, SDBlk **blkp);
 int unstuff_whole(SDBlkVol *vol, SDBlk *block);
 
+// sdblk_chain.
+int chain_whole(SDBlkVol *vol, SDBlk *record, double *start);
+
 // Releases what whole reading keeps of a volume; nullptr does nothing.
 void free_whole(SDBlkWhole *whole);
 

@@ -357,6 +357,133 @@ TEST(UnstuffWhole, ChainOfTheNextRecordIsItsOwn) {
   EXPECT_EQ(reader.decode_next()->next->blockette_type, 100);
 }
 
+// ---- chains without fields ----
+
+// What sdblk_chain says of the first block of some bytes.
+struct Chained {
+  explicit Chained(const std::string &bytes) : reader(bytes), block(reader.next()) {
+    result = sdblk_chain(block, &start);
+  }
+  WholeReader reader;
+  SDBlk *block;
+  double start = 0;
+  int result;
+};
+
+TEST(ChainWhole, HangsTheBlockettesOnTheRecordWithoutFields) {
+  const Chained chained(DataRecord{}.b1000(3, 1, 8).b100(20).bytes(256));
+  EXPECT_EQ(chained.result, 1);
+  EXPECT_EQ(countarr(chained.block->contents), 0);
+  const SDBlk *first = chained.block->next;
+  ASSERT_NE(first, nullptr);
+  EXPECT_EQ(first->blockette_type, 1000);
+  EXPECT_EQ(first->file_offset, 48);
+  EXPECT_EQ(first->blockette_length, 8);
+  EXPECT_EQ(countarr(first->contents), 0);
+  const SDBlk *second = first->next;
+  ASSERT_NE(second, nullptr);
+  EXPECT_EQ(second->blockette_type, 100);
+  EXPECT_EQ(second->blockette_length, 256 - 56);
+  EXPECT_EQ(second->next, nullptr);
+}
+
+TEST(ChainWhole, GivesTheStartTimeInEitherByteOrder) {
+  for (const ByteOrder order : {ByteOrder::kBig, ByteOrder::kLittle}) {
+    const Chained chained(
+        DataRecord{.time = {2021, 75, 6, 15, 52, 6000}, .order = order}.bytes(64));
+    EXPECT_EQ(chained.result, 1);
+    EXPECT_DOUBLE_EQ(chained.start, 1615875352.6);
+    EXPECT_EQ(chained.block->big_endian, order == ByteOrder::kBig ? 1 : 0);
+  }
+}
+
+TEST(ChainWhole, SaysThatTheByteOrderWillBeNotedAndNotesNothing) {
+  const Chained chained(undecided());
+  EXPECT_EQ(chained.result, 0);
+  EXPECT_EQ(chained.reader.lines(), (Lines{}));
+}
+
+TEST(ChainWhole, SaysThatTheChainWillBeNotedAndNotesNothing) {
+  DataRecord record = DataRecord{}.b100(20);
+  record.chain.back().forced_next = 9999;
+  const Chained chained(record.bytes(64));
+  EXPECT_EQ(chained.result, 0);
+  EXPECT_NE(chained.block->next, nullptr);
+  EXPECT_EQ(chained.reader.lines(), (Lines{}));
+}
+
+// No record of a file is without a start time, for its header is known by it.
+TEST(ChainWhole, SaysThatTheStartTimeWillBeNoted) {
+  WholeReader reader("");
+  SDBlk *block = hand_made(reader.vol());
+  std::string bytes = DataRecord{}.bytes(64);
+  bytes[24] = 24;
+  block->blockette_type = SDBLK_DATA_RECORD;
+  block->data_ptr = bytes.data();
+  block->blockette_length = 64;
+  double start = 0;
+  EXPECT_EQ(sdblk_chain(block, &start), 0);
+  EXPECT_EQ(start, SDBLK_NO_TIME);
+  sdblk_free(block);
+}
+
+TEST(ChainWhole, DecodingAfterItGivesAllAndNotesOnce) {
+  DataRecord record = DataRecord{.sta = "ABC"}.b100(20).b1000(3, 1, 8);
+  record.chain.back().forced_next = 9999;
+  Chained chained(record.bytes(256));
+  WholeReader::decode(chained.block);
+  EXPECT_EQ(text_of(chained.block->contents, "sta"), "ABC");
+  ASSERT_NE(chained.block->next, nullptr);
+  EXPECT_EQ(real_of(chained.block->next->contents, "samprate"), 20.0);
+  ASSERT_NE(chained.block->next->next, nullptr);
+  EXPECT_EQ(chained.block->next->next->next, nullptr);
+  EXPECT_EQ(chained.reader.lines(), (Lines{"chain @0 block 0"}));
+}
+
+TEST(ChainWhole, TakesTheFieldsOffARecordThatWasDecoded) {
+  Chained chained(DataRecord{}.b100(20).bytes(64));
+  WholeReader::decode(chained.block);
+  EXPECT_EQ(sdblk_chain(chained.block, &chained.start), 1);
+  EXPECT_EQ(countarr(chained.block->contents), 0);
+  EXPECT_EQ(countarr(chained.block->next->contents), 0);
+  EXPECT_EQ(chained.block->next->next, nullptr);
+}
+
+TEST(ChainWhole, FailsForABlockette) {
+  Chained chained(VolumeWriter(64).control('S', ControlBlockette(77).raw("x")).bytes());
+  EXPECT_EQ(chained.result, -1);
+  EXPECT_NE(registered().find("sdblk_chain: B0077 at S:000001 is no data record"),
+            std::string::npos);
+}
+
+TEST(ChainWhole, FailsForAVolumeThatIsReadStrictly) {
+  BlockReader reader(DataRecord{.sta = "ABC"}.b1000(3, 1, 8).bytes(256), 256);
+  double start = 0;
+  EXPECT_EQ(sdblk_chain(reader.next(), &start), -1);
+  EXPECT_NE(registered().find("sdblk_chain: B0099 at D:000001 is not read whole"),
+            std::string::npos);
+}
+
+TEST(ChainWhole, EachAllocationThatIsRefusedGivesAMessageAndFailure) {
+  const std::string bytes = DataRecord{}.b1000(3, 1, 8).b100(20).bytes(256);
+  long n = 1;
+  for (;; ++n) {
+    WholeReader reader(bytes);
+    SDBlk *block = reader.next();
+    double start = 0;
+    const FailingMemory memory(n);
+    const int result = sdblk_chain(block, &start);
+    if (!FailingMemory::failed()) {
+      EXPECT_EQ(result, 1);
+      break;
+    }
+    EXPECT_EQ(result, -1) << n;
+    EXPECT_NE(registered(), "") << n;
+    EXPECT_EQ(sdblk_failure(reader.vol())->code, SDBLK_FAILURE_MEMORY) << n;
+  }
+  EXPECT_GT(n, 2);
+}
+
 // ---- memory ----
 
 // Everything that needs memory while a volume is read: blockettes of each kind, a long one, a
