@@ -148,6 +148,7 @@ bool arr_reserve(Arr *arr, std::uint32_t capacity) noexcept {
 }
 
 void arr_clear(Arr *arr, void (*free_value)(void *)) noexcept {
+  if (arr->pairs == nullptr) return;  // as it was left the last time
   release_foreign_values(*arr, free_value);
   Arena *pool = arr->pool;
   if (pool != nullptr) pool->reset();

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "seed/whole/numbers.h"
+#include "support/digits.h"
 #include "support/load.h"
 
 namespace tarvik {
@@ -56,8 +57,13 @@ bool all_of_class(const char *bytes, std::int64_t size, Class wanted) {
   return true;
 }
 
+bool has_six_digits(const char *bytes) {
+  std::uint64_t number = 0;
+  return read_eight_digits(first_of_eight<kNumberBytes>(bytes), &number);
+}
+
 bool is_control_header(const char *bytes, std::int64_t size) {
-  if (!all_of_class(bytes, kNumberBytes, kDigit)) return false;
+  if (!has_six_digits(bytes)) return false;
   if (bytes[kFlag] == '*') return true;
   const char *type = bytes + kHeaderBytes;
   const std::int64_t rest = size - kHeaderBytes;
@@ -76,7 +82,9 @@ bool is_data_header(const char *bytes, std::int64_t size) {
   constexpr int kYear = 20;
   constexpr int kHour = 24;
   if (size < kDataHeaderBytes) return false;
-  if (!all_of_class(bytes, kNumberBytes, kDigit | kBlank | kNul)) return false;
+  if (!has_six_digits(bytes) && !all_of_class(bytes, kNumberBytes, kDigit | kBlank | kNul)) {
+    return false;
+  }
   const auto *clock = reinterpret_cast<const unsigned char *>(bytes) + kHour;
   if (clock[0] > 23 || clock[1] > 59 || clock[2] > 60) return false;
   return is_date(bytes + kYear, true) || is_date(bytes + kYear, false);
@@ -120,6 +128,10 @@ bool is_padding(const char *bytes, std::int64_t size) {
 }
 
 std::int32_t record_number(const char *header) {
+  std::uint64_t digits = 0;
+  if (read_eight_digits(first_of_eight<kNumberBytes>(header), &digits)) {
+    return static_cast<std::int32_t>(digits);
+  }
   int first = 0;
   int end = kNumberBytes;
   const auto is_blank = [&](int i) { return (class_of(header[i]) & (kBlank | kNul)) != 0; };

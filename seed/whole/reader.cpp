@@ -57,6 +57,14 @@ bool find_record(SDBlkVol *vol, Header *kind) {
 
 // ---- records ----
 
+// Records of one length follow one another, and of each a line or two of the cache are looked at:
+// steps that the machine does not foresee beyond a page.
+void fetch_ahead(const SDBlkVol &vol, std::int64_t length) {
+  constexpr std::int64_t kRecords = 3;
+  const std::int64_t offset = vol.whole->next + kRecords * length;
+  if (offset < vol.image_size) __builtin_prefetch(vol.image + offset);
+}
+
 void report_measure(SDBlkWhole *whole, std::int64_t offset, const Measure &measure) {
   if (!measure.has_note) return;
   const auto length = static_cast<long long>(measure.length);
@@ -94,6 +102,7 @@ void enter_record(SDBlkVol *vol, Header kind) {
   whole->pos = kind == Header::control ? kHeaderBytes : 0;
   whole->next = offset + measure.length;
   whole->header = measure.next;
+  fetch_ahead(*vol, measure.length);
   vol->logical_sequence = number;
   vol->logical_length = static_cast<std::int32_t>(measure.length);
   vol->record_type = header[6];
