@@ -2,25 +2,34 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 #include <string_view>
 
 #include "support/line.h"
 #include "views/counts.h"
 #include "views/fields.h"
 #include "views/json.h"
+#include "views/record_parts.h"
+#include "views/repeats.h"
 #include "views/whole_view.h"
 
 namespace tarvik {
 namespace {
 
-constexpr std::int64_t kRawRecordBytes = 48;
-constexpr std::int64_t kRawChainedBytes = 64;
+constexpr std::size_t kRawRecordBytes = 48;
+constexpr std::size_t kRawChainedBytes = 64;
 
 // Room for the members of a line before its fields, but for the start.
 constexpr std::size_t kHeadRoom = 256;
 
 char *put_member(char *out, std::string_view key, std::int64_t value) {
   return put_integer(put_text(out, key), value);
+}
+
+std::string_view raw_bytes(const SDBlk &block) {
+  std::int64_t size = 0;
+  const char *bytes = sdblk_raw(&block, &size);
+  return {bytes, static_cast<std::size_t>(size)};
 }
 
 // Which blocks are wanted.
@@ -57,6 +66,7 @@ class BlocksView : public WholeView {
  private:
   void begin(const Input &input) override;
   void before_block(const SDBlkFinding &finding) override;
+  [[nodiscard]] bool decodes(SDBlk *block) override;
   void block(const SDBlk &block) override;
   void end(const SDBlkWholeCounts &counts) override;
   [[nodiscard]] bool wants_notes() const override { return true; }
@@ -68,12 +78,25 @@ class BlocksView : public WholeView {
   [[nodiscard]] const Plan &plan_of(const SDBlk &block) const {
     return plans_[block.blkdef - seed_blkdefs];
   }
+  // Whether a block defines a code, so that others may refer to it from here on.
+  [[nodiscard]] bool defines(const SDBlk &block) const {
+    return block.blkdef != nullptr && plan_of(block).defines;
+  }
+  [[nodiscard]] bool has_notes() const { return notes_begin() != notes_end(); }
+  // What was put since a size of the buffer.
+  [[nodiscard]] std::string_view text_since(std::size_t start) {
+    return out()->text().substr(start);
+  }
   void put_content(const SDBlk &block);
-  void put_hex(const SDBlk &block, std::int64_t most);
+  void put_hex(const SDBlk &block, std::size_t most);
   char *put_start(const std::string &start, const SDBlk &block);
   void put_blockette(const SDBlk &block);
+  void put_own_members(const SDBlk &block);
   void put_record(const SDBlk &record);
+  void put_fixed_section(const SDBlk &record);
+  void put_found_section();
   void put_chained(const SDBlk &record, const SDBlk &chained);
+  [[nodiscard]] bool is_repeated(SDBlk *block);
 
   BlocksOptions blocks_;
   Choice choice_;
@@ -82,10 +105,19 @@ class BlocksView : public WholeView {
   // The start of a line, the same in all of a file: {"kind":K,"file":F,"block":
   std::string blockette_start_;
   std::string record_start_;
+  // What follows from nothing but a blockette's bytes and the codes that are defined; and what is
+  // kept for the present one, or nothing.
+  Repeats repeats_;
+  std::string_view repeated_;
+  // The same of data records, and of the present one whether all is kept, and its time.
+  RecordParts parts_;
+  bool found_ = false;
+  double start_ = 0;
 };
 
 void BlocksView::begin(const Input &input) {
   counts_ = {};
+  repeats_.clear();
   blockette_start_ = R"({"kind":"blockette","file":)" + file() + R"(,"block":)";
   record_start_ = R"({"kind":"record","file":)" + file() + R"(,"block":)";
   out()->put(R"({"kind":"volume","file":)");
@@ -125,39 +157,82 @@ char *BlocksView::put_start(const std::string &start, const SDBlk &block) {
   return put_char(put_char(at, block.record_type), '"');
 }
 
-void BlocksView::put_hex(const SDBlk &block, std::int64_t most) {
-  std::int64_t size = 0;
-  const char *bytes = sdblk_raw(&block, &size);
-  const auto count = static_cast<std::size_t>(std::min(size, most));
-  char *at = out()->reserve(16 + 2 * count + kHexSurplus);
+void BlocksView::put_hex(const SDBlk &block, std::size_t most) {
+  const std::string_view bytes = raw_bytes(block).substr(0, most);
+  char *at = out()->reserve(16 + 2 * bytes.size() + kHexSurplus);
   at = put_text(at, R"(,"raw":")");
-  out()->commit(put_char(tarvik::put_hex(at, bytes, count), '"'));
+  out()->commit(put_char(tarvik::put_hex(at, bytes.data(), bytes.size()), '"'));
+}
+
+// A blockette whose bytes came before, without a note, and define nothing is the same again; so is
+// a data record, part by part, but for its time.
+bool BlocksView::is_repeated(SDBlk *block) {
+  if (!is_data_record(*block)) {
+    repeated_ = repeats_.find(0, raw_bytes(*block));
+    return !repeated_.empty();
+  }
+  const int chained = sdblk_chain(block, &start_);
+  if (chained < 0) throw std::bad_alloc();
+  return found_ = chained > 0 && parts_.find(*block);
+}
+
+bool BlocksView::decodes(SDBlk *block) { return !is_repeated(block); }
+
+// ,"length":L,"type":T,"name":N,"fields":{...},"refs":{...}
+void BlocksView::put_own_members(const SDBlk &block) {
+  if (!repeated_.empty()) {
+    out()->put(repeated_);
+    return;
+  }
+  const std::size_t start = out()->size();
+  char *at = out()->reserve(kHeadRoom);
+  at = put_member(at, R"(,"length":)", block.blockette_length);
+  out()->commit(put_member(at, R"(,"type":)", block.blockette_type));
+  put_content(block);
+  if (has_notes() || defines(block)) return;
+  repeats_.keep(0, raw_bytes(block), text_since(start));
 }
 
 void BlocksView::put_blockette(const SDBlk &block) {
   char *at = put_start(blockette_start_, block);
   at = put_member(at, R"(,"record_offset":)", block.record_offset);
-  at = put_member(at, R"(,"offset":)", block.file_offset);
-  at = put_member(at, R"(,"length":)", block.blockette_length);
-  out()->commit(put_member(at, R"(,"type":)", block.blockette_type));
-  put_content(block);
+  out()->commit(put_member(at, R"(,"offset":)", block.file_offset));
+  put_own_members(block);
   if (blocks_.raw) {
-    std::int64_t size = 0;
-    const char *bytes = sdblk_raw(&block, &size);
     out()->put(R"(,"raw":)");
-    put_json_text(out(), {bytes, static_cast<std::size_t>(size)});
+    put_json_text(out(), raw_bytes(block));
   }
   out()->put('}');
 }
 
+void BlocksView::put_found_section() {
+  out()->put(parts_.before_time());
+  char *at = out()->reserve(MemberKey::kRoom + kTimeRoom);
+  at = parts_.fixed_section().fields[parts_.time()].key.put(at);
+  out()->commit(put_json_time(at, start_));
+  out()->put(parts_.after_time());
+}
+
+void BlocksView::put_fixed_section(const SDBlk &record) {
+  const Plan &plan = parts_.fixed_section();
+  const std::size_t time = parts_.time();
+  const std::size_t start = out()->size();
+  put_members(out(), record, plan, 0, time);
+  if (!has_notes()) parts_.keep_before_time(record, text_since(start));
+  put_members(out(), record, plan, time, time + 1);
+  const std::size_t middle = out()->size();
+  put_members(out(), record, plan, time + 1, plan.fields.size());
+  out()->put('}');
+  if (!has_notes()) parts_.keep_after_time(record, text_since(middle));
+}
+
 void BlocksView::put_chained(const SDBlk &record, const SDBlk &chained) {
+  const std::size_t start = out()->size();
   char *at = out()->reserve(kHeadRoom);
-  if (&chained != record.next) at = put_char(at, ',');
   at = put_member(at, R"({"type":)", chained.blockette_type);
   out()->commit(put_member(at, R"(,"offset":)", chained.file_offset - record.file_offset));
   put_content(chained);
-  if (blocks_.raw) put_hex(chained, kRawChainedBytes);
-  out()->put('}');
+  if (!has_notes()) parts_.keep_chained(record, chained, text_since(start));
 }
 
 void BlocksView::put_record(const SDBlk &record) {
@@ -167,10 +242,15 @@ void BlocksView::put_record(const SDBlk &record) {
   at = put_text(at, record.big_endian != 0 ? R"(,"byte_order":"big","fields":)"
                                            : R"(,"byte_order":"little","fields":)");
   out()->commit(at);
-  put_fields(out(), record, plan_of(record));
+  found_ ? put_found_section() : put_fixed_section(record);
   out()->put(R"(,"blockettes":[)");
+  std::size_t place = 0;
   for (const SDBlk *chained = record.next; chained != nullptr; chained = chained->next) {
-    put_chained(record, *chained);
+    if (place > 0) out()->put(',');
+    found_ ? out()->put(parts_.chained(place)) : put_chained(record, *chained);
+    if (blocks_.raw) put_hex(*chained, kRawChainedBytes);
+    out()->put('}');
+    ++place;
   }
   out()->put(']');
   if (blocks_.raw) put_hex(record, kRawRecordBytes);
@@ -179,6 +259,7 @@ void BlocksView::put_record(const SDBlk &record) {
 
 void BlocksView::block(const SDBlk &block) {
   counts_.count(block);
+  if (defines(block)) repeats_.clear();
   if (!choice_.takes(block)) return;
   if (is_data_record(block)) {
     put_record(block);

@@ -15,13 +15,6 @@ constexpr std::int32_t kFirstDictionary = 41;
 // The counterparts of 41 to 48.
 constexpr std::array<std::int32_t, 8> kCounterparts = {61, 62, 53, 54, 55, 56, 57, 58};
 
-const SDBlkDef &definition_of(std::int32_t type) {
-  for (const SDBlkDef &def : seed_blkdefs) {
-    if (def.type == type) return def;
-  }
-  return seed_blkdefs[0];
-}
-
 bool has_field(const SDBlkDef &def, std::string_view key) {
   for (std::int32_t i = 0; i < def.nfields; ++i) {
     if (key == def.fields[i].key) return true;

@@ -38,20 +38,24 @@ class Writer {
 
   // "{...}"; that of a repetition has its references as last key.
   void object(const Arr *contents, const Plan &plan) {
-    members(contents, plan);
+    all_members(contents, plan);
     out_->put('}');
   }
   void repetition(const Arr *contents, const Plan &plan) {
-    const bool any = members(contents, plan);
+    const bool any = all_members(contents, plan);
     if (plan.has_references) references(contents, plan, any);
     out_->put('}');
   }
   // "refs":{...}, after a comma where something stands before.
   void references(const Arr *contents, const Plan &plan, bool after_some);
   void value(const SDBlkEntry &entry, const Plan::Field &field);
+  // The members from one position to another, "{" before the first of all; where it ended, or
+  // what is absent began.
+  std::size_t members(const Arr *contents, const Plan &plan, std::size_t from, std::size_t to);
 
  private:
-  bool members(const Arr *contents, const Plan &plan);
+  // "{" and all members; whether there are any.
+  bool all_members(const Arr *contents, const Plan &plan);
   void long_value(const SDBlkEntry &entry, const Plan::Field &field);
   char *put_reference(char *out, std::int32_t definition);
 
@@ -117,11 +121,13 @@ void Writer::long_value(const SDBlkEntry &entry, const Plan::Field &field) {
   }
 }
 
-// "{" and the members; whether there are any.
-bool Writer::members(const Arr *contents, const Plan &plan) {
-  std::int32_t position = 0;
-  for (const Plan::Field &field : plan.fields) {
-    const SDBlkEntry *entry = sdblk_entry_at(contents, plan.defs, position);
+std::size_t Writer::members(const Arr *contents, const Plan &plan, std::size_t from,
+                            std::size_t to) {
+  std::size_t position = from;
+  for (; position < to; ++position) {
+    const Plan::Field &field = plan.fields[position];
+    const SDBlkEntry *entry =
+        sdblk_entry_at(contents, plan.defs, static_cast<std::int32_t>(position));
     if (entry == nullptr) break;  // what follows is absent too
     char *out = out_->reserve(kMemberRoom);
     char *value = field.key.put(out);
@@ -129,10 +135,14 @@ bool Writer::members(const Arr *contents, const Plan &plan) {
     char *end = put_piece(value, *entry, field.form);
     out_->commit(end != nullptr ? end : value);
     if (end == nullptr) long_value(*entry, field);
-    ++position;
   }
-  if (position == 0) out_->put('{');
-  return position > 0;
+  return position;
+}
+
+bool Writer::all_members(const Arr *contents, const Plan &plan) {
+  const bool any = members(contents, plan, 0, plan.fields.size()) > 0;
+  if (!any) out_->put('{');
+  return any;
 }
 
 char *Writer::put_reference(char *out, std::int32_t definition) {
@@ -168,6 +178,11 @@ void Writer::references(const Arr *contents, const Plan &plan, bool after_some) 
 
 void put_fields(TextBuffer *out, const SDBlk &block, const Plan &plan) {
   Writer(out, block.vol).object(block.contents, plan);
+}
+
+void put_members(TextBuffer *out, const SDBlk &block, const Plan &plan, std::size_t from,
+                 std::size_t to) {
+  Writer(out, block.vol).members(block.contents, plan, from, to);
 }
 
 void put_references(TextBuffer *out, const SDBlk &block, const Plan &plan) {

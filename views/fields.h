@@ -2,6 +2,8 @@
 #ifndef VIEWS_FIELDS_H_
 #define VIEWS_FIELDS_H_
 
+#include <cstddef>
+
 #include "seed/whole.h"
 #include "views/lines.h"
 #include "views/plan.h"
@@ -11,6 +13,11 @@ namespace tarvik {
 // Writes "{...}" with the fields of a block that are there, in the order of the catalogue; plan is
 // that of the block's definition.
 void put_fields(TextBuffer *out, const SDBlk &block, const Plan &plan);
+
+// Writes the members from one position of the plan to another: "{" before the first of all, a comma
+// before the others.
+void put_members(TextBuffer *out, const SDBlk &block, const Plan &plan, std::size_t from,
+                 std::size_t to);
 
 // Writes ",\"refs\":{...}" with the block numbers of the abbreviations that the fields of a block
 // refer to, those in groups left out; nothing where it would be empty.

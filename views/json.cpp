@@ -214,6 +214,13 @@ const Date &date_of(std::int64_t day) {
   return date;
 }
 
+// std::llround, which is a call, of a number far below 2^52.
+std::int64_t rounded(double value) {
+  const auto whole = static_cast<std::int64_t>(value);
+  const double rest = value - static_cast<double>(whole);
+  return whole + (rest >= 0.5 ? 1 : 0) - (rest <= -0.5 ? 1 : 0);
+}
+
 // A whole number of seconds, and the fraction as so many digits.
 template <int kDecimals>
 char *put_moment(char *out, std::int64_t seconds, std::int64_t fraction) {
@@ -333,7 +340,7 @@ char *put_json_tick_time(char *out, std::int64_t microseconds) {
 char *put_json_time(char *out, double epoch) {
   // Also of what is not finite; no time of a volume is near.
   if (!(std::fabs(epoch) < 1e12)) return put_text(out, "null");
-  const std::int64_t ticks = std::llround(epoch * static_cast<double>(kTicks));
+  const std::int64_t ticks = rounded(epoch * static_cast<double>(kTicks));
   const std::int64_t seconds = floor_div(ticks, kTicks);
   return put_moment<4>(out, seconds, ticks - seconds * kTicks);
 }

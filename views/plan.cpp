@@ -8,16 +8,27 @@
 namespace tarvik {
 namespace {
 
+// Whether its width is known, and what it says follows from its bytes alone.
+bool stands_alone(const SDBlkFieldDef &def) {
+  return def.stype != 'V' && def.stype != 0 && def.number_entry == nullptr &&
+         def.abbr_key == nullptr && def.kind != SDBLK_ABBR_KEY;
+}
+
 Plan make_plan(std::int32_t count, const SDBlkFieldDef *fields) {
   Plan plan;
   plan.defs = fields;
+  bool alone = true;
   for (std::int32_t i = 0; i < count; ++i) {
     const SDBlkFieldDef &def = fields[i];
     Plan::Field field = {&def, form_of(def), def.abbr_key != nullptr, MemberKey(def.key), {}};
     if (field.form == Form::group) field.group.push_back(make_plan(def.nsub, def.sub));
     plan.has_references = plan.has_references || field.refers;
+    plan.defines = plan.defines || def.kind == SDBLK_ABBR_KEY;
     plan.fields.push_back(std::move(field));
+    plan.bytes += static_cast<std::size_t>(def.width);
+    alone = alone && stands_alone(def);
   }
+  if (!alone) plan.bytes = 0;
   return plan;
 }
 
@@ -57,6 +68,12 @@ Form form_of(const SDBlkFieldDef &def) {
     case SDBLK_REF_ARRAY: return Form::references;
     default: return Form::text;
   }
+}
+
+const SDBlkDef &definition_of(std::int32_t type) {
+  const SDBlkDef *def = seed_blkdefs;
+  while (def->type != type) ++def;
+  return *def;
 }
 
 const Plan *plans() {

@@ -60,12 +60,19 @@ struct Plan {
   const SDBlkFieldDef *defs = nullptr;
   std::vector<Field> fields;
   bool has_references = false;  // fields of its own that refer to abbreviations
+  bool defines = false;         // a code of an abbreviation
+  // That all fields take, where each has its width and none has to do with abbreviations, so that
+  // their text follows from so many bytes; else 0.
+  std::size_t bytes = 0;
 };
 
 // The plans of the catalogue's definitions, in their order.  Made at the first call; any thread may
 // ask.
 const Plan *plans();
 inline const Plan &plan_of(const SDBlkDef &def) { return plans()[&def - seed_blkdefs]; }
+
+// The definition of a type that the catalogue has.
+const SDBlkDef &definition_of(std::int32_t type);
 
 // What a field's value is in JSON.
 Form form_of(const SDBlkFieldDef &def);

@@ -346,12 +346,6 @@ Json catalogue() {
 
 // ---- stations ----
 
-const SDBlkDef &definition_of(std::int32_t type) {
-  const SDBlkDef *def = seed_blkdefs;
-  while (def->type != type) ++def;
-  return *def;
-}
-
 // A unit of a response stands by its name, and what only one of a dictionary blockette and its
 // counterpart has is left out.
 Json response_fields(std::int32_t type) {

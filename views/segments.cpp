@@ -51,7 +51,7 @@ class SegmentsView : public WholeView {
   void begin(const Input & /*input*/) override { list_.clear(); }
   void before_block(const SDBlkFinding & /*finding*/) override {}
   // What is cut is told only when a blockette is decoded; a data record's header says it all.
-  [[nodiscard]] bool decodes(const SDBlk &block) const override { return !is_data_record(block); }
+  [[nodiscard]] bool decodes(SDBlk *block) override { return !is_data_record(*block); }
   void block(const SDBlk &block) override {
     if (is_data_record(block)) list_.add(data_record(block), block.file_offset);
   }

@@ -61,7 +61,7 @@ bool WholeView::pass() {
       position_->store(input_.volume()->offset, std::memory_order_relaxed);
     }
     note_count_ = 0;
-    if (decodes(*block_)) decode();
+    if (decodes(block_)) decode();
     block(*block_);
   }
   if (result < 0) throw std::bad_alloc();

@@ -31,7 +31,7 @@ class WholeView : public View {
   // A skip, or a note on a record: it stands before the next block.
   virtual void before_block(const SDBlkFinding &finding) = 0;
   // Whether a block's fields are wanted.  One that is not decoded brings no notes.
-  [[nodiscard]] virtual bool decodes(const SDBlk & /*block*/) const { return true; }
+  [[nodiscard]] virtual bool decodes(SDBlk * /*block*/) { return true; }
   // A block, decoded where decodes says so.  Its notes are in notes().
   virtual void block(const SDBlk &block) = 0;
   virtual void end(const SDBlkWholeCounts &counts) = 0;

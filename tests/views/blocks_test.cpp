@@ -491,6 +491,181 @@ TEST(BlocksView, TextOfANoteNamesTheFieldAndItsBytes) {
   EXPECT_NE(note.find(R"(\"x1)"), std::string::npos) << note;
 }
 
+// ---- what comes again ----
+
+// The line of a block, by its number.
+std::string line_of_block(const std::string &text, int number, const std::string &kind) {
+  return line(text,
+              R"({"kind":")" + kind + R"(","file":"v","block":)" + std::to_string(number) + ",");
+}
+
+TEST(BlocksRepeats, BlocketteHasItsOwnPlace) {
+  VolumeWriter volume(256);
+  volume.control('S', comment()).control('S', comment());
+  const std::string text = lines(volume);
+  const std::string rest = R"("length":41,"type":51,"name":"Station Comment Blockette",)" +
+                           kCommentFields + R"(,"refs":{"cid":null}})";
+  EXPECT_EQ(line_of_block(text, 0, "blockette"),
+            R"({"kind":"blockette","file":"v","block":0,"sequence":1,"record_type":"S",)"
+            R"("record_offset":0,"offset":8,)" +
+                rest);
+  EXPECT_EQ(line_of_block(text, 1, "blockette"),
+            R"({"kind":"blockette","file":"v","block":1,"sequence":1,"record_type":"S",)"
+            R"("record_offset":0,"offset":49,)" +
+                rest);
+}
+
+TEST(BlocksRepeats, BlocketteHasItsOwnRawBytes) {
+  VolumeWriter volume(256);
+  volume.control('S', comment()).control('S', comment());
+  const std::string text = lines(volume, raw());
+  const std::string end =
+      R"("refs":{"cid":null},"raw":"05100412020,345,00:00:00.0000~~0011000001"})";
+  EXPECT_TRUE(line_of_block(text, 0, "blockette").ends_with(end)) << text;
+  EXPECT_TRUE(line_of_block(text, 1, "blockette").ends_with(end)) << text;
+}
+
+TEST(BlocksRepeats, ReferencesSeeWhatWasDefinedInBetween) {
+  VolumeWriter volume(256);
+  volume.control('S', comment());
+  volume.control('A', ControlBlockette(31).digits(11, 4).fixed("A", 1).var("Cold").digits(1, 3));
+  volume.control('S', comment());
+  const std::string text = lines(volume);
+  EXPECT_TRUE(line_of_block(text, 0, "blockette").ends_with(R"("refs":{"cid":null}})")) << text;
+  EXPECT_TRUE(line_of_block(text, 2, "blockette").ends_with(R"("refs":{"cid":1}})")) << text;
+}
+
+TEST(BlocksRepeats, ReferencesSeeWhatABlockThatIsNotChosenDefines) {
+  VolumeWriter volume(256);
+  volume.control('S', comment());
+  volume.control('A', ControlBlockette(31).digits(11, 4).fixed("A", 1).var("Cold").digits(1, 3));
+  volume.control('S', comment());
+  BlocksOptions options;
+  options.types = "S";
+  EXPECT_TRUE(
+      line_of_block(lines(volume, options), 2, "blockette").ends_with(R"("refs":{"cid":1}})"));
+}
+
+TEST(BlocksRepeats, NothingIsKeptOfAnotherFile) {
+  VolumeWriter without(256);
+  without.control('S', comment());
+  const auto view = make_blocks_view({}, {});
+  lines_of(view.get(), small().bytes());
+  EXPECT_TRUE(line_of_block(lines_of(view.get(), without.bytes()), 0, "blockette")
+                  .ends_with(R"("refs":{"cid":null}})"));
+}
+
+TEST(BlocksRepeats, DefinitionThatComesAgainIsNoted) {
+  VolumeWriter volume(256);
+  volume.control('A', unit()).control('A', unit());
+  EXPECT_EQ(causes(lines(volume.bytes(), {}, 256)),
+            R"({"kind":"note","file":"v","why":"again","offset":31,"block":1})"
+            "\n");
+}
+
+TEST(BlocksRepeats, NotesAreToldEachTime) {
+  // Of 20 bytes each.
+  const ControlBlockette bad = ControlBlockette(51).var("x").var("").digits(1, 4).digits(1, 6);
+  VolumeWriter volume(256);
+  volume.control('S', bad).control('S', bad);
+  const std::string text = lines(volume.bytes(), {}, 256);
+  EXPECT_EQ(causes(text),
+            R"({"kind":"note","file":"v","why":"value","offset":8,"block":0,"field":"time"})"
+            "\n"
+            R"({"kind":"note","file":"v","why":"value","offset":28,"block":1,"field":"time"})"
+            "\n");
+  EXPECT_NE(end_line(text).find(R"("notes":2})"), std::string::npos);
+}
+
+TEST(BlocksRepeats, BlocketteThatIsCutIsNotTheWholeOne) {
+  VolumeWriter volume(128);
+  volume.control('S', comment()).control('S', comment());  // from byte 8 to 49 and to 90
+  const std::string text = lines(volume.bytes().substr(0, 84));
+  EXPECT_EQ(causes(text), R"({"kind":"note","file":"v","why":"unconfirmed","offset":0})"
+                          "\n"
+                          R"({"kind":"note","file":"v","why":"cut","offset":49,"block":1})"
+                          "\n");
+  EXPECT_TRUE(line_of_block(text, 1, "blockette").ends_with(R"("cid":11},"refs":{"cid":null}})"))
+      << text;
+}
+
+TEST(BlocksRepeats, RecordHasItsOwnNumberPlaceAndTime) {
+  VolumeWriter volume(256);
+  DataRecord first = record().b1001(100, 50, 7);
+  DataRecord second = first;
+  second.time = {2021, 76, 0, 0, 0, 1};
+  volume.data(first).data(second);
+  const std::string text = lines(volume, raw());
+  const std::string before = R"("byte_order":"big","fields":{"sta":"DYNGA","loc":"","chan":"BHZ",)"
+                             R"("net":"XX","time":")";
+  const std::string after =
+      R"(","nsamp":5,"srate_factor":20,"srate_multiplier":1,"activity_flags":0,)"
+      R"("clock_flags":0,"quality_flags":0,"nblks":2,"tcor":0,"data_offset":0,"blk_offset":48},)"
+      R"("blockettes":[)" +
+      k1000 + R"(,"raw":"03e8003803010800"},)" + k1001 + R"(,"raw":"03e9000064320007)" +
+      std::string(2 * (64 - 8), '0') + R"("}],"raw":"30303030303)";
+  const std::string codes =
+      "4420"
+      "44594e4741"
+      "2020"
+      "42485a"
+      "5858";
+  const std::string rest =
+      "000500140001"
+      "00000002"
+      "00000000"
+      "00000030"
+      "\"}";
+  EXPECT_EQ(line_of_block(text, 0, "record"),
+            R"({"kind":"record","file":"v","block":0,"sequence":1,"record_type":"D","offset":0,)"
+            R"("length":256,)" +
+                before + "2021-03-16T06:15:52.6000Z" + after + "1" + codes +
+                "07e5004b060f34001770" + rest);
+  EXPECT_EQ(line_of_block(text, 1, "record"),
+            R"({"kind":"record","file":"v","block":1,"sequence":2,"record_type":"D","offset":256,)"
+            R"("length":256,)" +
+                before + "2021-03-17T00:00:00.0001Z" + after + "2" + codes +
+                "07e5004c000000000001" + rest);
+}
+
+TEST(BlocksRepeats, RecordThatDiffersInOneFieldSaysSo) {
+  VolumeWriter volume(256);
+  DataRecord data = record().b1001(100, 50, 7);
+  volume.data(data);
+  data.samples = 6;
+  volume.data(data);
+  data.loc = "00";
+  volume.data(data);
+  volume.data(record().b1001(100, 51, 7));
+  const std::string text = lines(volume);
+  EXPECT_NE(line_of_block(text, 1, "record").find(R"("loc":"","chan")"), std::string::npos);
+  EXPECT_NE(line_of_block(text, 1, "record").find(R"("nsamp":6,)"), std::string::npos);
+  EXPECT_NE(line_of_block(text, 2, "record").find(R"("loc":"00",)"), std::string::npos);
+  EXPECT_NE(line_of_block(text, 2, "record").find(R"("nsamp":6,)"), std::string::npos);
+  EXPECT_NE(line_of_block(text, 3, "record").find(R"("nsamp":5,)"), std::string::npos);
+  EXPECT_NE(line_of_block(text, 3, "record").find(R"("usec":51,)"), std::string::npos);
+}
+
+TEST(BlocksRepeats, NotesOfARecordAreToldEachTime) {
+  DataRecord data = record(8);
+  data.chain.back().forced_next = 9999;
+  VolumeWriter volume(256);
+  volume.data(data).data(data);
+  EXPECT_EQ(causes(lines(volume)),
+            R"({"kind":"note","file":"v","why":"chain","offset":0,"block":0})"
+            "\n"
+            R"({"kind":"note","file":"v","why":"chain","offset":256,"block":1})"
+            "\n");
+}
+
+TEST(BlocksRepeats, RecordIsChosenByItsBlockettesEachTime) {
+  VolumeWriter volume(256);
+  volume.data(record().b1001(100, 50, 7)).data(record().b1001(100, 50, 7)).data(record());
+  BlocksOptions options;
+  options.blockettes = {1001};
+  EXPECT_EQ(lines_with(lines(volume, options), R"({"kind":"record",)").size(), 2U);
+}
+
 // ---- choosing blocks ----
 
 // The numbers of the blocks that are written.

@@ -12,17 +12,12 @@ using namespace tarvik;
 
 namespace {
 
-const SDBlkDef &definition(int type) {
-  return *std::find_if(seed_blkdefs, seed_blkdefs + SEED_BLKDEFS_COUNT,
-                       [&](const SDBlkDef &def) { return def.type == type; });
-}
-
 const Plan::Field &field(const Plan &plan, std::string_view key) {
   return *std::find_if(plan.fields.begin(), plan.fields.end(),
                        [&](const Plan::Field &f) { return f.def->key == key; });
 }
 const Plan::Field &field(int type, std::string_view key) {
-  return field(plan_of(definition(type)), key);
+  return field(plan_of(definition_of(type)), key);
 }
 
 TEST(FormOf, NumbersAndTexts) {
@@ -69,7 +64,7 @@ TEST(MemberKeyPut, LongestThatFitsIsWhole) {
 }
 
 TEST(PlanOf, HasTheFieldsOfTheCatalogueInOrder) {
-  const SDBlkDef &def = definition(51);
+  const SDBlkDef &def = definition_of(51);
   const Plan &plan = plan_of(def);
   ASSERT_EQ(plan.fields.size(), 4U);
   EXPECT_EQ(plan.defs, def.fields);
@@ -80,7 +75,7 @@ TEST(PlanOf, HasTheFieldsOfTheCatalogueInOrder) {
 }
 
 TEST(PlanOf, HasTheNameAsAJsonText) {
-  EXPECT_EQ(plan_of(definition(51)).name, "\"Station Comment Blockette\"");
+  EXPECT_EQ(plan_of(definition_of(51)).name, "\"Station Comment Blockette\"");
 }
 
 TEST(PlanOf, EveryDefinitionHasItsOwn) {
@@ -91,17 +86,43 @@ TEST(PlanOf, EveryDefinitionHasItsOwn) {
 }
 
 TEST(PlanOf, TellsWhatRefersToAbbreviations) {
-  EXPECT_TRUE(plan_of(definition(51)).has_references);
+  EXPECT_TRUE(plan_of(definition_of(51)).has_references);
   EXPECT_TRUE(field(51, "cid").refers);
   EXPECT_FALSE(field(51, "level").refers);
   EXPECT_FALSE(field(31, "cid").refers);
   EXPECT_TRUE(field(31, "uid").refers);
 }
 
+TEST(PlanOf, TellsWhatDefinesACode) {
+  EXPECT_TRUE(plan_of(definition_of(34)).defines);
+  EXPECT_TRUE(plan_of(definition_of(41)).defines);
+  EXPECT_FALSE(plan_of(definition_of(51)).defines);
+  EXPECT_FALSE(plan_of(definition_of(61)).defines);
+}
+
+TEST(PlanOf, CountsTheBytesOfFieldsThatStandAlone) {
+  EXPECT_EQ(plan_of(definition_of(SDBLK_DATA_RECORD)).bytes, 40U);
+  EXPECT_EQ(plan_of(definition_of(1001)).bytes, 4U);
+  EXPECT_EQ(plan_of(definition_of(57)).bytes, 44U);
+}
+
+TEST(PlanOf, CountsNoBytesOfTextsGroupsCodesAndReferences) {
+  EXPECT_EQ(plan_of(definition_of(70)).bytes, 0U);
+  EXPECT_EQ(plan_of(definition_of(58)).bytes, 0U);
+  EXPECT_EQ(plan_of(definition_of(34)).bytes, 0U);
+  EXPECT_EQ(plan_of(definition_of(62)).bytes, 0U);
+}
+
+TEST(DefinitionOf, IsThatOfTheType) {
+  EXPECT_STREQ(definition_of(5).id, "B0005");
+  EXPECT_STREQ(definition_of(SDBLK_DATA_RECORD).id, "DATA");
+  EXPECT_STREQ(definition_of(2000).id, "B2000");
+}
+
 TEST(PlanOf, ReferencesOfAGroupAreItsOwn) {
-  EXPECT_FALSE(plan_of(definition(60)).has_references);
+  EXPECT_FALSE(plan_of(definition_of(60)).has_references);
   EXPECT_TRUE(field(60, "stages").group.front().has_references);
-  EXPECT_TRUE(plan_of(definition(71)).has_references);
+  EXPECT_TRUE(plan_of(definition_of(71)).has_references);
   EXPECT_TRUE(field(71, "mags").group.front().has_references);
 }
 

@@ -1,0 +1,128 @@
+#include "views/repeats.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+
+using namespace tarvik;
+
+namespace {
+
+// Bytes of a size, of which those at two places are set apart.
+std::string bytes(std::size_t size, char last = 'a', char middle = 'a') {
+  std::string text(size, 'a');
+  if (size > 0) text.back() = last;
+  if (size > 2) text[size / 2] = middle;
+  return text;
+}
+
+TEST(RepeatsFind, NothingAtFirst) { EXPECT_EQ(Repeats().find(0, "bytes"), ""); }
+
+TEST(RepeatsFind, TextOfTheSameBytes) {
+  for (std::size_t size = 1; size <= 300; ++size) {
+    Repeats repeats;
+    repeats.keep(0, bytes(size), "text");
+    EXPECT_EQ(repeats.find(0, bytes(size)), "text") << size;
+  }
+}
+
+TEST(RepeatsFind, NothingForBytesThatDifferAtTheEnd) {
+  for (std::size_t size = 1; size <= 300; ++size) {
+    Repeats repeats;
+    repeats.keep(0, bytes(size), "text");
+    EXPECT_EQ(repeats.find(0, bytes(size, 'b')), "") << size;
+  }
+}
+
+TEST(RepeatsFind, NothingForBytesThatDifferAnywhere) {
+  for (const std::size_t size : {3U, 7U, 8U, 9U, 15U, 16U, 17U, 24U, 31U, 32U, 33U, 64U, 9999U}) {
+    Repeats repeats;
+    repeats.keep(0, bytes(size), "text");
+    for (std::size_t i = 0; i < size; ++i) {
+      std::string other = bytes(size);
+      other[i] = 'b';
+      EXPECT_EQ(repeats.find(0, other), "") << size << " at " << i;
+    }
+  }
+}
+
+TEST(RepeatsFind, NothingForMoreOrFewerBytes) {
+  for (const std::size_t size : {1U, 8U, 16U, 32U, 100U}) {
+    Repeats repeats;
+    repeats.keep(0, bytes(size), "text");
+    EXPECT_EQ(repeats.find(0, bytes(size + 1)), "") << size;
+    EXPECT_EQ(repeats.find(0, bytes(size - 1)), "") << size;
+  }
+}
+
+TEST(RepeatsFind, KindsAreKeptApart) {
+  Repeats repeats;
+  repeats.keep(1, "bytes", "one");
+  EXPECT_EQ(repeats.find(2, "bytes"), "");
+  repeats.keep(2, "bytes", "two");
+  EXPECT_EQ(repeats.find(1, "bytes"), "one");
+  EXPECT_EQ(repeats.find(2, "bytes"), "two");
+}
+
+TEST(RepeatsFind, BytesMayHoldZeros) {
+  Repeats repeats;
+  repeats.keep(0, std::string_view("a\0b", 3), std::string_view("\0", 1));
+  EXPECT_EQ(repeats.find(0, std::string_view("a\0b", 3)), std::string_view("\0", 1));
+  EXPECT_EQ(repeats.find(0, std::string_view("a\0c", 3)), "");
+}
+
+TEST(RepeatsKeep, FirstTextStays) {
+  Repeats repeats;
+  repeats.keep(0, "bytes", "first");
+  repeats.keep(0, "bytes", "second");
+  EXPECT_EQ(repeats.find(0, "bytes"), "first");
+}
+
+// Of which the hash does not look at the byte that sets them apart.
+TEST(RepeatsKeep, ManyOfOneHash) {
+  Repeats repeats;
+  for (char c = 'b'; c <= 'z'; ++c) {
+    repeats.keep(0, bytes(3200, 'a', c), std::string(1, c));
+  }
+  for (char c = 'b'; c <= 'z'; ++c) {
+    EXPECT_EQ(repeats.find(0, bytes(3200, 'a', c)), std::string(1, c));
+  }
+}
+
+TEST(RepeatsKeep, WhatDoesNotFitMakesRoom) {
+  Repeats repeats;
+  const std::string text(Repeats::kRoom / 8, 'x');
+  for (int i = 0; i < 7; ++i) repeats.keep(0, std::to_string(i), text);
+  EXPECT_EQ(repeats.find(0, "0"), text);
+  repeats.keep(0, "7", text);
+  EXPECT_EQ(repeats.find(0, "0"), "");
+  EXPECT_EQ(repeats.find(0, "7"), text);
+}
+
+TEST(RepeatsKeep, SmallOnesMakeRoomToo) {
+  Repeats repeats;
+  for (int i = 0; i < 100000; ++i) repeats.keep(0, std::to_string(i), "text");
+  EXPECT_EQ(repeats.find(0, "0"), "");
+  EXPECT_EQ(repeats.find(0, "99999"), "text");
+}
+
+TEST(RepeatsKeep, WhatTakesMostOfTheRoomIsNotKept) {
+  Repeats repeats;
+  repeats.keep(0, "small", "text");
+  repeats.keep(0, "large", std::string(Repeats::kRoom / 2, 'x'));
+  EXPECT_EQ(repeats.find(0, "large"), "");
+  EXPECT_EQ(repeats.find(0, "small"), "text");
+}
+
+TEST(RepeatsClear, ForgetsAll) {
+  Repeats repeats;
+  repeats.clear();
+  repeats.keep(0, "bytes", "text");
+  repeats.clear();
+  EXPECT_EQ(repeats.find(0, "bytes"), "");
+  repeats.keep(0, "bytes", "again");
+  EXPECT_EQ(repeats.find(0, "bytes"), "again");
+}
+
+}  // namespace

@@ -1,0 +1,120 @@
+#include "views/repeats.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstring>
+
+namespace tarvik {
+namespace {
+
+// What takes more of the room than this would soon drive out all else.
+constexpr std::size_t kLargest = Repeats::kRoom / 4;
+
+constexpr std::size_t kWord = sizeof(std::uint64_t);
+
+template <typename Word>
+Word load(const char *bytes) {
+  Word word = 0;
+  std::memcpy(&word, bytes, sizeof word);
+  return word;
+}
+
+// Up to eight bytes as a word of two halves that may overlap.  Nothing after them is touched, as the
+// library's functions do: it may stand in a line of the cache that nobody else needs.
+std::uint64_t word_of(const char *bytes, std::size_t size) {
+  constexpr std::size_t kHalf = kWord / 2;
+  if (size >= kHalf) {
+    return load<std::uint32_t>(bytes) | std::uint64_t{load<std::uint32_t>(bytes + size - kHalf)}
+                                            << 32;
+  }
+  std::uint64_t word = 0;
+  for (std::size_t i = 0; i < size; ++i) word = word << 8 | static_cast<unsigned char>(bytes[i]);
+  return word;
+}
+
+std::uint64_t mix(std::uint64_t hash, std::uint64_t word) {
+  constexpr std::uint64_t kSpread = 0x9E3779B97F4A7C15;
+  return std::rotl((hash ^ word) * kSpread, 29);
+}
+
+// Of few bytes all count, of many some three dozen words, evenly spread, and the last one: a
+// comparison follows, and bytes that differ elsewhere only just stand in a slot beside.
+[[gnu::always_inline]] inline std::uint32_t hash_of(std::uint32_t kind, std::string_view bytes) {
+  const char *at = bytes.data();
+  const std::size_t size = bytes.size();
+  std::uint64_t hash = kind + size;
+  if (size <= kWord) {
+    hash = mix(hash, word_of(at, size));
+  } else {
+    constexpr std::size_t kSamples = 32;
+    const std::size_t step = std::max(kWord, size / kSamples);
+    const char *last = at + size - kWord;
+    for (; at < last; at += step) hash = mix(hash, load<std::uint64_t>(at));
+    hash = mix(hash, load<std::uint64_t>(last));
+  }
+  return static_cast<std::uint32_t>(hash >> 32);
+}
+
+[[gnu::always_inline]] inline bool are_same(const char *left, const char *right, std::size_t size) {
+  if (size <= kWord) return word_of(left, size) == word_of(right, size);
+  const auto differing = [&](std::size_t at) {
+    return load<std::uint64_t>(left + at) ^ load<std::uint64_t>(right + at);
+  };
+  if (size > 4 * kWord) return std::memcmp(left, right, size) == 0;
+  const std::uint64_t outer = differing(0) | differing(size - kWord);
+  if (size <= 2 * kWord) return outer == 0;
+  return (outer | differing(kWord) | differing(size - 2 * kWord)) == 0;
+}
+
+}  // namespace
+
+// The slot of these bytes, or the free one where they belong.
+inline std::size_t Repeats::slot_of(std::uint32_t kind, std::string_view bytes,
+                                    std::uint32_t hash) const {
+  for (std::size_t slot = hash % kSlots;; slot = (slot + 1) % kSlots) {
+    const Kept &kept = store_->slots[slot];
+    if (kept.text == 0) return slot;
+    if (kept.hash == hash && kept.kind == kind && kept.bytes == bytes.size() &&
+        are_same(&store_->room[kept.at], bytes.data(), bytes.size())) {
+      return slot;
+    }
+  }
+}
+
+std::string_view Repeats::find(std::uint32_t kind, std::string_view bytes) const {
+  if (count_ == 0) return {};
+  const Kept &kept = store_->slots[slot_of(kind, bytes, hash_of(kind, bytes))];
+  return {&store_->room[kept.at] + kept.bytes, kept.text};
+}
+
+// The room is left as it is: its pages are touched where something is kept only.
+void Repeats::make_store() {
+  store_ = std::make_unique_for_overwrite<Store>();
+  store_->slots.fill({});
+}
+
+void Repeats::keep(std::uint32_t kind, std::string_view bytes, std::string_view text) {
+  const std::size_t size = bytes.size() + text.size();
+  if (size > kLargest) return;
+  if (count_ == kMost || size > kRoom - used_) clear();
+  if (!store_) make_store();
+  const std::uint32_t hash = hash_of(kind, bytes);
+  Kept &kept = store_->slots[slot_of(kind, bytes, hash)];
+  if (kept.text != 0) return;
+  kept = {kind, hash, static_cast<std::uint32_t>(used_), static_cast<std::uint32_t>(bytes.size()),
+          static_cast<std::uint32_t>(text.size())};
+  char *out = store_->room.data() + used_;
+  std::memcpy(out, bytes.data(), bytes.size());
+  std::memcpy(out + bytes.size(), text.data(), text.size());
+  used_ += size;
+  ++count_;
+}
+
+void Repeats::clear() {
+  if (count_ > 0) store_->slots.fill({});
+  count_ = 0;
+  used_ = 0;
+}
+
+}  // namespace tarvik
