@@ -51,9 +51,11 @@ std::vector<Row> rows(const Tools &tools) {
   const std::string small = tools.folder + "/small";
   const std::string many = tools.folder + "/many";
   const std::string d = tools.folder + "/D.seed";
-  for (const std::string &path : {a, c, c16, d}) read_afresh(path);
+  const std::string e = tools.folder + "/E.seed";
+  for (const std::string &path : {a, c, c16, d, e}) read_afresh(path);
   const Command blocks_a = sdblk(tools, {"blocks"}, a);
   const Command blocks_c = sdblk(tools, {"blocks"}, c);
+  const Command blocks_e = sdblk(tools, {"blocks"}, e);
   const Command stations_c = sdblk(tools, {"stations"}, c);
   const auto cat = [&](const Command &command, const std::string &name) {
     return Command{{"/bin/cat", output_of(tools, command, name)}};
@@ -63,6 +65,7 @@ std::vector<Row> rows(const Tools &tools) {
   return {
       {"cat of the blocks, A", cat(blocks_a, "A.json"), {}, 0, 0},
       {"cat of the blocks, C", cat(blocks_c, "C.json"), {}, 0, 0},
+      {"cat of the blocks, E", cat(blocks_e, "E.json"), {}, 0, 0},
       {"cat of the stations, C", cat(stations_c, "C.stations.json"), {}, 0, 0},
       {"byte sum, C", {{tools.yardstick, "sum", c}}, {}, 0, 0},
       {"tarvik A", {{tools.tarvik, a}}, {}, 0, kRecordsA},
@@ -74,6 +77,7 @@ std::vector<Row> rows(const Tools &tools) {
        0},
       {"sdblk blocks A", blocks_a, {"cat of the blocks, A"}, 4, kRecordsA},
       {"sdblk blocks C", blocks_c, {"cat of the blocks, C"}, 4, 0},
+      {"sdblk blocks E", blocks_e, {"cat of the blocks, E"}, 0, 0},
       {"sdblk segments A", sdblk(tools, {"segments"}, a), {"tarvik A"}, 1.6, kRecordsA},
       {"sdblk segments D", sdblk(tools, {"segments"}, d), {"tarvik D"}, 1.6, kRecordsA},
       {"msi -T A", msi, {"sdblk segments A"}, 0, kRecordsA},

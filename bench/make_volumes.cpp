@@ -102,31 +102,33 @@ void write_records(bool is_continuous, std::size_t length, std::size_t mebibytes
   }
 }
 
-ControlBlockette fir(int stage, int coefficients) {
+// The numbers of a response are those of all channels, or, with a scale of its own, of one.
+ControlBlockette fir(double scale, int stage, int coefficients) {
   ControlBlockette blockette(61);
   blockette.digits(stage, 2).var("XX_FIR_" + std::to_string(stage)).fixed("A", 1);
   blockette.digits(3, 3).digits(3, 3).digits(coefficients, 4);
   for (int i = 0; i < coefficients; ++i) {
-    blockette.real(std::sin(i * 0.37) * std::exp(-i * 0.01), volume::kReal14);
+    blockette.real(scale * std::sin(i * 0.37) * std::exp(-i * 0.01), volume::kReal14);
   }
   return blockette;
 }
 
-ControlBlockette coefficients(int stage, int count) {
+ControlBlockette coefficients(double scale, int stage, int count) {
   ControlBlockette blockette(54);
   blockette.fixed("D", 1).digits(stage, 2).digits(2, 3).digits(3, 3).digits(count, 4);
-  for (int i = 0; i < count; ++i) blockette.real(std::cos(i * 0.11) / (1 + i)).real(0.0);
+  for (int i = 0; i < count; ++i) blockette.real(scale * std::cos(i * 0.11) / (1 + i)).real(0.0);
   return blockette.digits(0, 4);
 }
 
-ControlBlockette poles_and_zeros(int stage, int zeros, int poles) {
+ControlBlockette poles_and_zeros(double scale, int stage, int zeros, int poles) {
   ControlBlockette blockette(53);
   blockette.fixed("A", 1).digits(stage, 2).digits(1, 3).digits(2, 3).real(5.71508e8).real(1.0);
   blockette.digits(zeros, 3);
   for (int i = 0; i < zeros; ++i) blockette.real(0.0).real(0.0).real(0.0).real(0.0);
   blockette.digits(poles, 3);
   for (int i = 0; i < poles; ++i) {
-    blockette.real(-0.037 * (i + 1)).real(0.037 * (i + 1)).real(0.0).real(0.0);
+    const double part = scale * 0.037 * (i + 1);
+    blockette.real(-part).real(part).real(0.0).real(0.0);
   }
   return blockette;
 }
@@ -177,11 +179,11 @@ ControlBlockette channel(int number, int index) {
                       .begin = volume::seed_time(2001, 1)});
 }
 
-void add_responses(VolumeWriter *writer) {
-  writer->control('S', poles_and_zeros(1, 12, 24));
+void add_responses(double scale, VolumeWriter *writer) {
+  writer->control('S', poles_and_zeros(scale, 1, 12, 24));
   writer->control('S', ControlBlockette(58).digits(1, 2).real(1500.0).real(1.0).digits(0, 2));
   for (int stage = 2; stage < 5; ++stage) {
-    writer->control('S', stage % 2 == 0 ? coefficients(stage, 180) : fir(stage, 600));
+    writer->control('S', stage % 2 == 0 ? coefficients(scale, stage, 180) : fir(scale, stage, 600));
     writer->control('S', ControlBlockette(57)
                              .digits(stage, 2)
                              .real(80.0, volume::kReal10)
@@ -194,7 +196,7 @@ void add_responses(VolumeWriter *writer) {
   writer->control('S', ControlBlockette(58).digits(0, 2).real(6.29e8).real(1.0).digits(0, 2));
 }
 
-void write_metadata(std::size_t mebibytes, File *file) {
+void write_metadata(bool are_varied, std::size_t mebibytes, File *file) {
   constexpr std::size_t kLength = 4096;
   VolumeWriter writer(kLength);
   writer.control('V', ControlBlockette(10)
@@ -214,7 +216,7 @@ void write_metadata(std::size_t mebibytes, File *file) {
     next.control('S', station(number));
     for (int index = 0; index < 6; ++index) {
       next.control('S', channel(number, index));
-      add_responses(&next);
+      add_responses(are_varied ? 1 + 1e-5 * (6 * number + index) : 1, &next);
     }
     bytes = next.bytes();
     size += bytes.size();
@@ -231,14 +233,15 @@ int main(int argc, char **argv) {
       File file(argv[4]);
       write_records(arguments[0] == "continuous", std::stoul(arguments[1]),
                     std::stoul(arguments[2]), &file);
-    } else if (arguments.size() == 3 && arguments[0] == "metadata") {
+    } else if (arguments.size() == 3 && (arguments[0] == "metadata" || arguments[0] == "varied")) {
       File file(argv[3]);
-      write_metadata(std::stoul(arguments[1]), &file);
+      write_metadata(arguments[0] == "varied", std::stoul(arguments[1]), &file);
     } else {
       std::fputs(
           "usage: make_volumes records LENGTH MEBIBYTES FILE\n"
           "       make_volumes continuous LENGTH MEBIBYTES FILE\n"
-          "       make_volumes metadata MEBIBYTES FILE\n",
+          "       make_volumes metadata MEBIBYTES FILE\n"
+          "       make_volumes varied MEBIBYTES FILE\n",
           stderr);
       return 2;
     }

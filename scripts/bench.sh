@@ -26,6 +26,7 @@ make A records 512 256
 make B records 4096 256
 make C metadata 64
 make C16 metadata 1024
+make E varied 64
 make D continuous 512 256
 make A4 records 512 1024
 make A16 records 512 4096

@@ -19,6 +19,9 @@ namespace {
 constexpr std::size_t kRawRecordBytes = 48;
 constexpr std::size_t kRawChainedBytes = 64;
 
+// So many of a volume's blockettes are kept for when they come again.
+constexpr std::size_t kMostBlockettes = 1024;
+
 // Room for the members of a line before its fields, but for the start.
 constexpr std::size_t kHeadRoom = 256;
 
@@ -94,7 +97,9 @@ class BlocksView : public WholeView {
   void put_own_members(const SDBlk &block);
   void put_record(const SDBlk &record);
   void put_fixed_section(const SDBlk &record);
-  void put_found_section();
+  template <typename Write>
+  void put_part(std::size_t part, Write write);
+  void put_start_time();
   void put_chained(const SDBlk &record, const SDBlk &chained);
   [[nodiscard]] bool is_repeated(SDBlk *block);
 
@@ -107,11 +112,10 @@ class BlocksView : public WholeView {
   std::string record_start_;
   // What follows from nothing but a blockette's bytes and the codes that are defined; and what is
   // kept for the present one, or nothing.
-  Repeats repeats_;
+  Repeats repeats_ = Repeats(kMostBlockettes);
   std::string_view repeated_;
-  // The same of data records, and of the present one whether all is kept, and its time.
+  // The same of data records, and the start time of the present one.
   RecordParts parts_;
-  bool found_ = false;
   double start_ = 0;
 };
 
@@ -173,7 +177,7 @@ bool BlocksView::is_repeated(SDBlk *block) {
   }
   const int chained = sdblk_chain(block, &start_);
   if (chained < 0) throw std::bad_alloc();
-  return found_ = chained > 0 && parts_.find(*block);
+  return parts_.find(*block) && chained > 0;
 }
 
 bool BlocksView::decodes(SDBlk *block) { return !is_repeated(block); }
@@ -205,34 +209,44 @@ void BlocksView::put_blockette(const SDBlk &block) {
   out()->put('}');
 }
 
-void BlocksView::put_found_section() {
-  out()->put(parts_.before_time());
-  char *at = out()->reserve(MemberKey::kRoom + kTimeRoom);
-  at = parts_.fixed_section().fields[parts_.time()].key.put(at);
-  out()->commit(put_json_time(at, start_));
-  out()->put(parts_.after_time());
+// A part of the line of the present record, as it was written before, or as write writes it.
+template <typename Write>
+void BlocksView::put_part(std::size_t part, Write write) {
+  const std::string_view text = parts_.text(part);
+  if (!text.empty()) {
+    out()->put(text);
+    return;
+  }
+  const std::size_t start = out()->size();
+  write();
+  parts_.note_new(part, start, out()->size() - start);
 }
 
+// ,"time":T
+void BlocksView::put_start_time() {
+  char *at = out()->reserve(MemberKey::kRoom + kTimeRoom);
+  at = parts_.fixed_section().fields[parts_.time()].key.put(at);
+  at = start_ == SDBLK_NO_TIME ? put_text(at, "null") : put_json_time(at, start_);
+  out()->commit(at);
+}
+
+// {...},"blockettes":[
 void BlocksView::put_fixed_section(const SDBlk &record) {
   const Plan &plan = parts_.fixed_section();
   const std::size_t time = parts_.time();
-  const std::size_t start = out()->size();
-  put_members(out(), record, plan, 0, time);
-  if (!has_notes()) parts_.keep_before_time(record, text_since(start));
-  put_members(out(), record, plan, time, time + 1);
-  const std::size_t middle = out()->size();
-  put_members(out(), record, plan, time + 1, plan.fields.size());
-  out()->put('}');
-  if (!has_notes()) parts_.keep_after_time(record, text_since(middle));
+  put_part(RecordParts::kBeforeTime, [&] { put_members(out(), record, plan, 0, time); });
+  put_start_time();
+  put_part(RecordParts::kAfterTime, [&] {
+    put_members(out(), record, plan, time + 1, plan.fields.size());
+    out()->put(R"(},"blockettes":[)");
+  });
 }
 
 void BlocksView::put_chained(const SDBlk &record, const SDBlk &chained) {
-  const std::size_t start = out()->size();
   char *at = out()->reserve(kHeadRoom);
   at = put_member(at, R"({"type":)", chained.blockette_type);
   out()->commit(put_member(at, R"(,"offset":)", chained.file_offset - record.file_offset));
   put_content(chained);
-  if (!has_notes()) parts_.keep_chained(record, chained, text_since(start));
 }
 
 void BlocksView::put_record(const SDBlk &record) {
@@ -242,19 +256,18 @@ void BlocksView::put_record(const SDBlk &record) {
   at = put_text(at, record.big_endian != 0 ? R"(,"byte_order":"big","fields":)"
                                            : R"(,"byte_order":"little","fields":)");
   out()->commit(at);
-  found_ ? put_found_section() : put_fixed_section(record);
-  out()->put(R"(,"blockettes":[)");
-  std::size_t place = 0;
+  put_fixed_section(record);
+  std::size_t part = RecordParts::kChain;
   for (const SDBlk *chained = record.next; chained != nullptr; chained = chained->next) {
-    if (place > 0) out()->put(',');
-    found_ ? out()->put(parts_.chained(place)) : put_chained(record, *chained);
+    if (chained != record.next) out()->put(',');
+    put_part(part++, [&] { put_chained(record, *chained); });
     if (blocks_.raw) put_hex(*chained, kRawChainedBytes);
     out()->put('}');
-    ++place;
   }
   out()->put(']');
   if (blocks_.raw) put_hex(record, kRawRecordBytes);
   out()->put('}');
+  if (!has_notes()) parts_.keep_new(out()->text());
 }
 
 void BlocksView::block(const SDBlk &block) {

@@ -9,10 +9,9 @@ constexpr std::size_t kHeaderBytes = 8;  // of a record, before the fixed sectio
 constexpr std::size_t kSectionEnd = 48;  // of the fixed section
 constexpr std::size_t kLinkBytes = 4;    // of a data blockette, before its fields
 constexpr std::size_t kMostBytes = 64;   // of fields; what is longer hardly comes again
-constexpr std::int64_t kBeforeTime = 0;  // places where no blockette stands
-constexpr std::int64_t kAfterTime = 1;
 
-// A number for a place in a record and the byte order.
+// A number for the byte order and a place in a record: the offset of a blockette, or the number of a
+// part of the fixed section, where none can stand.
 std::uint32_t kind_of(const SDBlk &record, std::int64_t place) {
   return static_cast<std::uint32_t>(2 * place + (record.big_endian != 0 ? 1 : 0));
 }
@@ -36,40 +35,44 @@ RecordParts::RecordParts() : fixed_section_(plan_of(definition_of(SDBLK_DATA_REC
   }
 }
 
-RecordParts::Part RecordParts::part_before_time(const SDBlk &record) const {
-  return {kind_of(record, kBeforeTime),
-          {record.data_ptr + kHeaderBytes, time_begin_ - kHeaderBytes}};
+bool RecordParts::find(std::uint32_t kind, std::string_view bytes) {
+  if (count_ == kMost) return false;
+  const std::string_view text = bytes.empty() ? bytes : repeats_.find(kind, bytes);
+  parts_[count_++] = {kind, bytes, text};
+  return !text.empty();
 }
 
-RecordParts::Part RecordParts::part_after_time(const SDBlk &record) const {
-  return {kind_of(record, kAfterTime), {record.data_ptr + time_end_, kSectionEnd - time_end_}};
-}
-
-RecordParts::Part RecordParts::part_of(const SDBlk &record, const SDBlk &chained) const {
-  if (chained.blkdef == nullptr) return {};
+bool RecordParts::find_chained(const SDBlk &record, const SDBlk &chained) {
+  if (chained.blkdef == nullptr) return find(0, {});
   const std::size_t size = bytes_[static_cast<std::size_t>(chained.blkdef - seed_blkdefs)];
   const auto there = static_cast<std::size_t>(chained.blockette_length);
-  return {kind_of(record, chained.file_offset - record.file_offset),
-          {chained.data_ptr, std::min(size, there)}};
-}
-
-bool RecordParts::find(std::size_t place, const Part &part) {
-  if (place == kMostParts || part.bytes.empty()) return false;
-  found_[place] = repeats_.find(part.kind, part.bytes);
-  return !found_[place].empty();
+  return find(kind_of(record, chained.file_offset - record.file_offset),
+              {chained.data_ptr, std::min(size, there)});
 }
 
 bool RecordParts::find(const SDBlk &record) {
-  if (!find(0, part_before_time(record)) || !find(1, part_after_time(record))) return false;
-  std::size_t place = 2;
+  const char *bytes = record.data_ptr;
+  count_ = 0;
+  new_count_ = 0;
+  bool all = find(kind_of(record, kBeforeTime), {bytes + kHeaderBytes, time_begin_ - kHeaderBytes});
+  all &= find(kind_of(record, kAfterTime), {bytes + time_end_, kSectionEnd - time_end_});
   for (const SDBlk *chained = record.next; chained != nullptr; chained = chained->next) {
-    if (!find(place++, part_of(record, *chained))) return false;
+    all &= find_chained(record, *chained);
   }
-  return true;
+  return all;
 }
 
-void RecordParts::keep(const Part &part, std::string_view text) {
-  if (!part.bytes.empty()) repeats_.keep(part.kind, part.bytes, text);
+void RecordParts::note_new(std::size_t part, std::size_t start, std::size_t size) {
+  if (part >= count_ || parts_[part].bytes.empty() || new_count_ == kMost) return;
+  new_[new_count_++] = {part, start, size};
+}
+
+void RecordParts::keep_new(std::string_view written) {
+  for (std::size_t i = 0; i < new_count_; ++i) {
+    const auto &[place, start, size] = new_[i];
+    const Part &part = parts_[place];
+    repeats_.keep(part.kind, part.bytes, written.substr(start, size));
+  }
 }
 
 }  // namespace tarvik

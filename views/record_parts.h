@@ -14,30 +14,29 @@
 
 namespace tarvik {
 
-// The parts are what stands before and after the time in the fixed section, and each data
-// blockette.  The text of one follows from its bytes, the byte order and its place in the record.
-// For one thread.
+// The parts of a record are what stands before and after the time in its fixed section, and each
+// data blockette.  The text of one follows from its bytes, the byte order and its place in the
+// record.  For one thread.
 class RecordParts {
  public:
+  static constexpr std::size_t kBeforeTime = 0;
+  static constexpr std::size_t kAfterTime = 1;
+  static constexpr std::size_t kChain = 2;  // the first data blockette
+
   RecordParts();
 
-  // Looks for the texts of all parts of a record whose chain hangs on it.  False where one is new.
+  // Looks for the parts of a record whose chain hangs on it.  False where the text of one is new.
   bool find(const SDBlk &record);
-  // What was found, until more is kept; by the place in the chain.
-  [[nodiscard]] std::string_view before_time() const { return found_[0]; }
-  [[nodiscard]] std::string_view after_time() const { return found_[1]; }
-  [[nodiscard]] std::string_view chained(std::size_t place) const { return found_[2 + place]; }
+  // The text that was found of a part, or nothing; it lives until new ones are kept.
+  [[nodiscard]] std::string_view text(std::size_t part) const {
+    return part < count_ ? parts_[part].text : std::string_view();
+  }
 
-  // Keep a text of a record that was decoded without a note.  Throw std::bad_alloc.
-  void keep_before_time(const SDBlk &record, std::string_view text) {
-    keep(part_before_time(record), text);
-  }
-  void keep_after_time(const SDBlk &record, std::string_view text) {
-    keep(part_after_time(record), text);
-  }
-  void keep_chained(const SDBlk &record, const SDBlk &chained, std::string_view text) {
-    keep(part_of(record, chained), text);
-  }
+  // Where the new text of a part stands in what is being written.
+  void note_new(std::size_t part, std::size_t start, std::size_t size);
+  // Keeps the new texts of the record that was looked for last, which must have been decoded
+  // without a note.  Throws std::bad_alloc.
+  void keep_new(std::string_view written);
 
   // The fixed section, and the position of the time in it.
   [[nodiscard]] const Plan &fixed_section() const { return fixed_section_; }
@@ -47,24 +46,33 @@ class RecordParts {
   struct Part {
     std::uint32_t kind;
     std::string_view bytes;  // none where the text follows from more, or hardly comes again
+    std::string_view text;
   };
-  [[nodiscard]] Part part_before_time(const SDBlk &record) const;
-  [[nodiscard]] Part part_after_time(const SDBlk &record) const;
-  [[nodiscard]] Part part_of(const SDBlk &record, const SDBlk &chained) const;
-  bool find(std::size_t place, const Part &part);
-  void keep(const Part &part, std::string_view text);
+  // A part whose text is new, and where that stands.
+  struct New {
+    std::size_t part;
+    std::size_t start;
+    std::size_t size;
+  };
+  // Records have a few blockettes each; what stands after so many is always new.
+  static constexpr std::size_t kMost = 16;
+  // A few hundred numbers of samples, and as many corrections of the time.
+  static constexpr std::size_t kMostTexts = 4096;
 
-  // Records have a few blockettes each; one with more is no repetition.
-  static constexpr std::size_t kMostParts = 16;
+  bool find(std::uint32_t kind, std::string_view bytes);
+  bool find_chained(const SDBlk &record, const SDBlk &chained);
 
-  // By definition: the bytes of a data blockette that a text follows from, or 0.
-  std::array<std::uint8_t, SEED_BLKDEFS_COUNT> bytes_ = {};
   const Plan &fixed_section_;
   std::size_t time_ = 0;
   std::size_t time_begin_ = 0;  // offsets in a record
   std::size_t time_end_ = 0;
-  Repeats repeats_;
-  std::array<std::string_view, kMostParts> found_;
+  // By definition: the bytes of a data blockette that a text follows from, or 0.
+  std::array<std::uint8_t, SEED_BLKDEFS_COUNT> bytes_ = {};
+  Repeats repeats_ = Repeats(kMostTexts);
+  std::array<Part, kMost> parts_ = {};
+  std::size_t count_ = 0;
+  std::array<New, kMost> new_ = {};
+  std::size_t new_count_ = 0;
 };
 
 }  // namespace tarvik

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstring>
 
 namespace tarvik {
@@ -35,7 +34,8 @@ std::uint64_t word_of(const char *bytes, std::size_t size) {
 
 std::uint64_t mix(std::uint64_t hash, std::uint64_t word) {
   constexpr std::uint64_t kSpread = 0x9E3779B97F4A7C15;
-  return std::rotl((hash ^ word) * kSpread, 29);
+  const std::uint64_t product = (hash ^ word) * kSpread;
+  return product ^ product >> 32;  // the high half has to do with all bits
 }
 
 // Of few bytes all count, of many some three dozen words, evenly spread, and the last one: a
@@ -53,7 +53,7 @@ std::uint64_t mix(std::uint64_t hash, std::uint64_t word) {
     for (; at < last; at += step) hash = mix(hash, load<std::uint64_t>(at));
     hash = mix(hash, load<std::uint64_t>(last));
   }
-  return static_cast<std::uint32_t>(hash >> 32);
+  return static_cast<std::uint32_t>(hash);
 }
 
 [[gnu::always_inline]] inline bool are_same(const char *left, const char *right, std::size_t size) {
@@ -72,11 +72,12 @@ std::uint64_t mix(std::uint64_t hash, std::uint64_t word) {
 // The slot of these bytes, or the free one where they belong.
 inline std::size_t Repeats::slot_of(std::uint32_t kind, std::string_view bytes,
                                     std::uint32_t hash) const {
-  for (std::size_t slot = hash % kSlots;; slot = (slot + 1) % kSlots) {
-    const Kept &kept = store_->slots[slot];
+  const std::size_t mask = slots() - 1;
+  for (std::size_t slot = hash & mask;; slot = (slot + 1) & mask) {
+    const Kept &kept = slots_[slot];
     if (kept.text == 0) return slot;
     if (kept.hash == hash && kept.kind == kind && kept.bytes == bytes.size() &&
-        are_same(&store_->room[kept.at], bytes.data(), bytes.size())) {
+        are_same(&room_[kept.at], bytes.data(), bytes.size())) {
       return slot;
     }
   }
@@ -84,27 +85,24 @@ inline std::size_t Repeats::slot_of(std::uint32_t kind, std::string_view bytes,
 
 std::string_view Repeats::find(std::uint32_t kind, std::string_view bytes) const {
   if (count_ == 0) return {};
-  const Kept &kept = store_->slots[slot_of(kind, bytes, hash_of(kind, bytes))];
-  return {&store_->room[kept.at] + kept.bytes, kept.text};
-}
-
-// The room is left as it is: its pages are touched where something is kept only.
-void Repeats::make_store() {
-  store_ = std::make_unique_for_overwrite<Store>();
-  store_->slots.fill({});
+  const Kept &kept = slots_[slot_of(kind, bytes, hash_of(kind, bytes))];
+  return {&room_[kept.at] + kept.bytes, kept.text};
 }
 
 void Repeats::keep(std::uint32_t kind, std::string_view bytes, std::string_view text) {
   const std::size_t size = bytes.size() + text.size();
   if (size > kLargest) return;
-  if (count_ == kMost || size > kRoom - used_) clear();
-  if (!store_) make_store();
+  if (count_ == most_ || size > kRoom - used_) clear();
+  if (!slots_) {
+    slots_ = std::make_unique<Kept[]>(slots());
+    room_ = std::make_unique_for_overwrite<char[]>(kRoom);  // touched where something is kept only
+  }
   const std::uint32_t hash = hash_of(kind, bytes);
-  Kept &kept = store_->slots[slot_of(kind, bytes, hash)];
+  Kept &kept = slots_[slot_of(kind, bytes, hash)];
   if (kept.text != 0) return;
   kept = {kind, hash, static_cast<std::uint32_t>(used_), static_cast<std::uint32_t>(bytes.size()),
           static_cast<std::uint32_t>(text.size())};
-  char *out = store_->room.data() + used_;
+  char *out = room_.get() + used_;
   std::memcpy(out, bytes.data(), bytes.size());
   std::memcpy(out + bytes.size(), text.data(), text.size());
   used_ += size;
@@ -112,7 +110,7 @@ void Repeats::keep(std::uint32_t kind, std::string_view bytes, std::string_view 
 }
 
 void Repeats::clear() {
-  if (count_ > 0) store_->slots.fill({});
+  if (count_ > 0) std::fill_n(slots_.get(), slots(), Kept{});
   count_ = 0;
   used_ = 0;
 }

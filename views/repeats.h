@@ -3,7 +3,6 @@
 #ifndef VIEWS_REPEATS_H_
 #define VIEWS_REPEATS_H_
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -16,6 +15,9 @@ namespace tarvik {
 class Repeats {
  public:
   static constexpr std::size_t kRoom = std::size_t{512} << 10;
+
+  // Keeps up to so many texts, a power of two.
+  explicit Repeats(std::size_t most) : most_(most) {}
 
   // The text kept for these bytes, or nothing; it lives until more is kept.
   [[nodiscard]] std::string_view find(std::uint32_t kind, std::string_view bytes) const;
@@ -32,19 +34,14 @@ class Repeats {
     std::uint32_t bytes;
     std::uint32_t text;  // 0 where nothing is kept
   };
-  // A table of which half is used at most.
-  static constexpr std::size_t kSlots = 2048;
-  static constexpr std::size_t kMost = kSlots / 2;
-  struct Store {
-    std::array<Kept, kSlots> slots;
-    std::array<char, kRoom> room;
-  };
-
   [[nodiscard]] std::size_t slot_of(std::uint32_t kind, std::string_view bytes,
                                     std::uint32_t hash) const;
-  void make_store();
+  [[nodiscard]] std::size_t slots() const { return 2 * most_; }
 
-  std::unique_ptr<Store> store_;  // made when the first text is kept
+  std::size_t most_;
+  // Both are made when the first text is kept.  Half of the slots is used at most.
+  std::unique_ptr<Kept[]> slots_;
+  std::unique_ptr<char[]> room_;
   std::size_t count_ = 0;
   std::size_t used_ = 0;  // of the room
 };

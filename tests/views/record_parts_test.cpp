@@ -41,23 +41,35 @@ DataRecord record(ByteOrder order = ByteOrder::kBig) {
 void keep(RecordParts *parts, const DataRecord &record, const std::string &name,
           std::size_t length = 256) {
   const Chained chained(record, length);
-  parts->keep_before_time(*chained, name + "<");
-  parts->keep_after_time(*chained, name + ">");
+  parts->find(*chained);
+  std::string written = "...";
+  std::size_t part = 0;
+  const auto write = [&](const std::string &text) {
+    if (parts->text(part).empty()) parts->note_new(part, written.size(), text.size());
+    written += text;
+    ++part;
+  };
+  write(name + "<");
+  write(name + ">");
   int position = 0;
   for (const SDBlk *blk = (*chained).next; blk != nullptr; blk = blk->next) {
-    parts->keep_chained(*chained, *blk, name + std::to_string(position++));
+    write(name + std::to_string(position++));
   }
+  parts->keep_new(written);
 }
 
-// What is found of a record, or "new".
+// What is found of a record, part by part; "?" is new.
 std::string found(RecordParts *parts, const DataRecord &record, std::size_t length = 256) {
   const Chained chained(record, length);
-  if (!parts->find(*chained)) return "new";
-  std::string text = std::string(parts->before_time()) + " " + std::string(parts->after_time());
-  std::size_t place = 0;
-  for (const SDBlk *blk = (*chained).next; blk != nullptr; blk = blk->next) {
-    text += " " + std::string(parts->chained(place++));
+  const bool all = parts->find(*chained);
+  std::string text;
+  std::size_t count = RecordParts::kChain;
+  for (const SDBlk *blk = (*chained).next; blk != nullptr; blk = blk->next) ++count;
+  for (std::size_t part = 0; part < count; ++part) {
+    const std::string_view one = parts->text(part);
+    text += (part > 0 ? " " : "") + (one.empty() ? "?" : std::string(one));
   }
+  EXPECT_EQ(all, text.find('?') == std::string::npos);
   return text;
 }
 
@@ -68,7 +80,7 @@ TEST(RecordParts, FixedSectionHasItsTimeAtFive) {
 
 TEST(RecordPartsFind, NothingIsKeptAtFirst) {
   RecordParts parts;
-  EXPECT_EQ(found(&parts, record()), "new");
+  EXPECT_EQ(found(&parts, record()), "? ? ? ?");
 }
 
 TEST(RecordPartsFind, SameRecordAtAnotherTime) {
@@ -79,18 +91,18 @@ TEST(RecordPartsFind, SameRecordAtAnotherTime) {
   EXPECT_EQ(found(&parts, later), "a< a> a0 a1");
 }
 
-TEST(RecordPartsFind, AnyPartThatIsNewMakesTheRecordNew) {
+TEST(RecordPartsFind, PartThatIsNew) {
   RecordParts parts;
   keep(&parts, record(), "a");
   DataRecord other = record();
   other.net = "XY";
-  EXPECT_EQ(found(&parts, other), "new");
+  EXPECT_EQ(found(&parts, other), "? a> a0 a1");
   other = record();
   other.samples = 6;
-  EXPECT_EQ(found(&parts, other), "new");
+  EXPECT_EQ(found(&parts, other), "a< ? a0 a1");
   DataRecord timing = {.sta = "DYNGA", .chan = "BHZ", .net = "XX"};
   timing.samples = 5;
-  EXPECT_EQ(found(&parts, timing.b1000(3, 1, 8).b1001(100, 51, 7)), "new");
+  EXPECT_EQ(found(&parts, timing.b1000(3, 1, 8).b1001(100, 51, 7)), "a< a> a0 ?");
 }
 
 TEST(RecordPartsFind, PartsMayBeOfDifferentRecords) {
@@ -111,7 +123,7 @@ TEST(RecordPartsFind, SameBytesInAnotherByteOrderAreNew) {
   keep(&parts, zeros, "a");
   EXPECT_EQ(found(&parts, zeros), "a< a>");
   zeros.order = ByteOrder::kLittle;
-  EXPECT_EQ(found(&parts, zeros), "new");
+  EXPECT_EQ(found(&parts, zeros), "? ?");
 }
 
 TEST(RecordPartsFind, SameBlocketteAtAnotherPlaceIsNew) {
@@ -138,6 +150,8 @@ TEST(RecordPartsFind, BlocketteThatIsCutIsNew) {
   ASSERT_GE(sdblk_chain(block, &start), 0);
   ASSERT_NE(block->next->next, nullptr);
   EXPECT_FALSE(parts.find(*block));
+  EXPECT_EQ(parts.text(RecordParts::kChain), "a0");
+  EXPECT_EQ(parts.text(RecordParts::kChain + 1), "");
 }
 
 TEST(RecordPartsFind, TextsUnknownTypesAndLongOnesAreAlwaysNew) {
@@ -146,19 +160,41 @@ TEST(RecordPartsFind, TextsUnknownTypesAndLongOnesAreAlwaysNew) {
     other.blockette(type, std::string(200, ' '));
     RecordParts parts;
     keep(&parts, other, "a", 512);
-    EXPECT_EQ(found(&parts, other, 512), "new") << type;
+    EXPECT_EQ(found(&parts, other, 512), "a< a> ?") << type;
   }
 }
 
-TEST(RecordPartsFind, RecordOfManyBlockettesIsNew) {
+TEST(RecordPartsFind, WhatStandsAfterManyBlockettesIsNew) {
   DataRecord many = {.sta = "DYNGA", .chan = "BHZ", .net = "XX"};
   for (int i = 0; i < 14; ++i) many.b1001(100, 50, 7);
   RecordParts parts;
   keep(&parts, many, "a");
-  EXPECT_NE(found(&parts, many), "new");
+  EXPECT_EQ(found(&parts, many).find('?'), std::string::npos);
   many.b1001(100, 50, 7);
   keep(&parts, many, "b");
-  EXPECT_EQ(found(&parts, many), "new");
+  EXPECT_TRUE(found(&parts, many).ends_with(" ?"));
+}
+
+TEST(RecordPartsKeep, TextsThatWereFoundStay) {
+  RecordParts parts;
+  keep(&parts, record(), "a");
+  DataRecord other = record();
+  other.net = "XY";
+  keep(&parts, other, "b");
+  EXPECT_EQ(found(&parts, other), "b< a> a0 a1");
+  EXPECT_EQ(found(&parts, record()), "a< a> a0 a1");
+}
+
+// Many texts make room for others, and those of one record at the same time.
+TEST(RecordPartsKeep, RoomIsMadeBetweenRecords) {
+  RecordParts parts;
+  for (int i = 0; i < 5000; ++i) {
+    DataRecord other = record();
+    other.samples = static_cast<unsigned>(i);
+    keep(&parts, other, std::to_string(i) + ".");
+    const std::string after = std::to_string(i) + ".>";
+    ASSERT_NE(found(&parts, other).find(after), std::string::npos);
+  }
 }
 
 }  // namespace
