@@ -85,10 +85,15 @@ void all_digits(double size, ShortDecimal *decimal) {
   std::from_chars(*sign == '+' ? sign + 1 : sign, end, decimal->exponent);
 }
 
-int length_of_integer(int value) {
-  int length = value < 0 ? 2 : 1;
-  for (value = value < 0 ? -value : value; value >= 10; value /= 10) ++length;
-  return length;
+int length_of_exponent(int exponent) {
+  const int size = exponent < 0 ? -exponent : exponent;
+  return (exponent < 0 ? 2 : 1) + (size >= 10 ? 1 : 0) + (size >= 100 ? 1 : 0);
+}
+
+char *put_exponent(char *out, int exponent) {
+  *out = '-';
+  out += exponent < 0 ? 1 : 0;
+  return put_small_integer(out, static_cast<std::uint64_t>(exponent < 0 ? -exponent : exponent));
 }
 
 // Where more of them would be needed, the form with an exponent is shorter.
@@ -98,8 +103,10 @@ char *put_zeros(char *out, int count) {
   return out + count;
 }
 
+// A copy of a fixed size takes no look at the number of digits.
 char *put_digits_of(char *out, const ShortDecimal &decimal, int from, int to) {
-  return put_text(out, {decimal.digits + from, static_cast<std::size_t>(to - from)});
+  std::memcpy(out, decimal.digits + from, ShortDecimal::kMostDigits);
+  return out + (to - from);
 }
 
 // As "123", "12.3" or "0.0123".
@@ -126,11 +133,11 @@ int length_of_plain(const ShortDecimal &decimal) {
 char *put_scientific(char *out, const ShortDecimal &decimal) {
   out = put_char(out, decimal.digits[0]);
   if (decimal.size > 1) out = put_digits_of(put_char(out, '.'), decimal, 1, decimal.size);
-  return put_integer(put_char(out, 'e'), decimal.exponent);
+  return put_exponent(put_char(out, 'e'), decimal.exponent);
 }
 
 int length_of_scientific(const ShortDecimal &decimal) {
-  return decimal.size + (decimal.size > 1 ? 1 : 0) + 1 + length_of_integer(decimal.exponent);
+  return decimal.size + (decimal.size > 1 ? 1 : 0) + 1 + length_of_exponent(decimal.exponent);
 }
 
 char *put_real(char *out, double value) {

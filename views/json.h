@@ -15,7 +15,7 @@ namespace tarvik {
 
 // The shortest digits that read back to the same double: "6.29e8", "-0", "0.05".  A value that is
 // not finite is the text "NaN", "Infinity" or "-Infinity".  Throws std::bad_alloc.
-inline constexpr std::size_t kRealRoom = 32;
+inline constexpr std::size_t kRealRoom = 48;
 char *put_json_real(char *out, double value);
 
 // A number of more than 2^31, too.
@@ -51,10 +51,12 @@ bool is_utf8(std::string_view text);
 // The decimal form that put_json_real writes, for other formats: digits without zeros at the end
 // and the power of ten of the first; a finite value.
 struct ShortDecimal {
+  static constexpr std::size_t kMostDigits = 24;
+
   bool negative;
   int size;  // of digits; 1 at least
   int exponent;
-  char digits[24];
+  char digits[2 * kMostDigits];  // the second half is room for copies of a fixed size
 };
 ShortDecimal short_decimal(double value);
 
