@@ -38,10 +38,15 @@ void append(Segment *segment, const Segment &next) {
   segment->timing_quality = lower_quality(segment->timing_quality, next.timing_quality);
 }
 
+bool is_before(const Segment &a, const Segment &b) {
+  return std::tie(a.start, a.offset) < std::tie(b.start, b.offset);
+}
+
+// Most files are in order already.
 void join(std::vector<Segment> *segments) {
-  std::sort(segments->begin(), segments->end(), [](const Segment &a, const Segment &b) {
-    return std::tie(a.start, a.offset) < std::tie(b.start, b.offset);
-  });
+  if (!std::is_sorted(segments->begin(), segments->end(), is_before)) {
+    std::sort(segments->begin(), segments->end(), is_before);
+  }
   std::size_t kept = 0;
   for (std::size_t i = 1; i < segments->size(); ++i) {
     Segment &before = (*segments)[kept];

@@ -7,33 +7,29 @@
 namespace tarvik {
 namespace {
 
-// A segment with the one before it of its channel, or nullptr.
-struct Shown {
-  const ChannelId &id;
-  const Segment &segment;
-  const Segment *before;
-};
-
 double seconds(std::int64_t microseconds) { return static_cast<double>(microseconds) / 1e6; }
 
-void put_row(Row *row, std::string_view file, const Shown &shown) {
-  const ChannelId &id = shown.id;
-  const Segment &segment = shown.segment;
+// The start of the lines of a channel.
+void put_channel(Row *row, std::string_view file, const ChannelId &id) {
   row->start("segment", file);
   row->text("network", code_text(id.network));
   row->text("station", code_text(id.station));
   row->text("location", code_text(id.location));
   row->text("channel", code_text(id.channel));
   row->text("quality", {&id.quality, 1});
+}
+
+// The rest of a segment's line; before is the segment before it of its channel, or nullptr.
+void put_segment(Row *row, const Segment &segment, const Segment *before) {
   row->microtime("start", segment.start);
   row->microtime("end", segment.end());
   row->real("sample_rate", segment.rate);
   row->integer("samples", segment.samples);
   row->integer("records", segment.records);
-  if (shown.before == nullptr) {
+  if (before == nullptr) {
     row->null("gap");
   } else {
-    row->real("gap", seconds(segment.start - shown.before->next()));
+    row->real("gap", seconds(segment.start - before->next()));
   }
   if (segment.timing_quality == kNoQuality) {
     row->null("timing_quality");
@@ -58,15 +54,20 @@ class SegmentsView : public WholeView {
   void end(const SDBlkWholeCounts &counts) override;
 
   SegmentList list_;
+  TextBuffer channel_;
 };
 
 void SegmentsView::end(const SDBlkWholeCounts & /*counts*/) {
   list_.finish();
   for (const SegmentList::Channel &channel : list_.channels()) {
+    channel_.clear();
+    Row head(&channel_, is_csv());
+    put_channel(&head, file(), channel.id);
     const Segment *before = nullptr;
     for (const Segment &segment : channel.segments) {
+      out()->put(channel_.text());
       Row row(out(), is_csv());
-      put_row(&row, file(), {channel.id, segment, before});
+      put_segment(&row, segment, before);
       if (!end_line()) return;
       before = &segment;
     }
