@@ -10,9 +10,9 @@ constexpr std::size_t kSectionEnd = 48;  // of the fixed section
 constexpr std::size_t kLinkBytes = 4;    // of a data blockette, before its fields
 constexpr std::size_t kMostBytes = 64;   // of fields; what is longer hardly comes again
 
-// A number for the byte order and a place in a record: the offset of a blockette, or the number of a
-// part of the fixed section, where none can stand.
-std::uint32_t kind_of(const SDBlk &record, std::int64_t place) {
+// A number for the byte order and a place in a record: a part of the fixed section, or kChain and
+// the offset of a blockette.
+std::uint32_t kind_of(const SDBlk &record, std::size_t place) {
   return static_cast<std::uint32_t>(2 * place + (record.big_endian != 0 ? 1 : 0));
 }
 
@@ -43,11 +43,12 @@ bool RecordParts::find(std::uint32_t kind, std::string_view bytes) {
 }
 
 bool RecordParts::find_chained(const SDBlk &record, const SDBlk &chained) {
-  if (chained.blkdef == nullptr) return find(0, {});
-  const std::size_t size = bytes_[static_cast<std::size_t>(chained.blkdef - seed_blkdefs)];
   const auto there = static_cast<std::size_t>(chained.blockette_length);
-  return find(kind_of(record, chained.file_offset - record.file_offset),
-              {chained.data_ptr, std::min(size, there)});
+  // Another blockette may begin within its type.
+  if (chained.blkdef == nullptr || there < kLinkBytes) return find(0, {});
+  const std::size_t size = bytes_[static_cast<std::size_t>(chained.blkdef - seed_blkdefs)];
+  const auto offset = static_cast<std::size_t>(chained.file_offset - record.file_offset);
+  return find(kind_of(record, kChain + offset), {chained.data_ptr, std::min(size, there)});
 }
 
 bool RecordParts::find(const SDBlk &record) {

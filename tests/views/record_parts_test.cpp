@@ -154,6 +154,27 @@ TEST(RecordPartsFind, BlocketteThatIsCutIsNew) {
   EXPECT_EQ(parts.text(RecordParts::kChain + 1), "");
 }
 
+TEST(RecordPartsFind, BlocketteWhoseTypeIsCutIsAlwaysNew) {
+  // 1000 at byte 48, 1001 at 100, and from there to 49, within the type of the first.
+  std::string bytes = DataRecord{.order = ByteOrder::kLittle, .forced_first_offset = 48}.bytes(256);
+  bytes.replace(48, 5, std::string("\xE8\x03\x64\x00\x00", 5));
+  bytes.replace(100, 4, std::string("\xE9\x03\x31\x00", 4));
+  RecordParts parts;
+  for (const std::string_view expected : {"", "b"}) {
+    WholeReader reader(bytes);
+    SDBlk *block = reader.next();
+    double start = 0;
+    ASSERT_EQ(sdblk_chain(block, &start), 1);
+    EXPECT_EQ(block->next->blockette_length, 1);
+    EXPECT_FALSE(parts.find(*block));
+    EXPECT_EQ(parts.text(RecordParts::kChain), "");
+    EXPECT_EQ(parts.text(RecordParts::kChain + 1), expected);
+    parts.note_new(RecordParts::kChain, 0, 1);
+    parts.note_new(RecordParts::kChain + 1, 1, 1);
+    parts.keep_new("ab");
+  }
+}
+
 TEST(RecordPartsFind, TextsUnknownTypesAndLongOnesAreAlwaysNew) {
   for (const unsigned type : {2000U, 1500U, 500U}) {
     DataRecord other = {.sta = "DYNGA", .chan = "BHZ", .net = "XX"};
