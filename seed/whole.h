@@ -184,8 +184,8 @@ typedef struct SDBlkSamples {
 SDBLK_API int sdblk_samples(const SDBlk *record, SDBlkSamples *samples);
 
 /* Hangs the data blockettes on the block of a data record that is read whole, as sdblk_unstuffblk
- * does, but takes no fields and reports nothing: for programs that look at a record's bytes first,
- * and may decode it then.  *start is the start time of its fixed section, epoch seconds, or
+ * does, but takes no fields, drops those that were taken before, leaves data_offset as it is and
+ * reports nothing: for programs that look at a record's bytes first, and may decode it then.  *start is the start time of its fixed section, epoch seconds, or
  * SDBLK_NO_TIME where it has no value.  Returns 1 where sdblk_unstuffblk has nothing to report of the
  * start time, the byte order and the chain, 0 where it has; -1, with messages registered, for
  * another block, or when memory runs out. */

@@ -46,8 +46,8 @@ inline char *put_padded(char *out, std::string_view text, std::size_t width) {
   put_text(out, text);
   return out + width;
 }
-// "000" to "999", each with the number of its zeros in front, so that a look at the table takes the
-// place of divisions and of branches on the length.
+// "000" to "999", each followed by the number of zeros before its first other digit: a look at the
+// table takes the place of divisions and of branches on the length.
 struct DigitTriples {
   char text[4000];
 };
@@ -67,7 +67,7 @@ inline constexpr DigitTriples kDigitTriples = make_digit_triples();
 // A number below 1000, and three digits of one.  Room for four bytes.
 inline char *put_small_integer(char *out, std::uint64_t value) {
   const char *triple = &kDigitTriples.text[4 * value];
-  const auto zeros = static_cast<std::size_t>(triple[3]);
+  const auto zeros = static_cast<unsigned char>(triple[3]);
   std::memcpy(out, triple + zeros, 4);
   return out + 3 - zeros;
 }
@@ -75,7 +75,7 @@ inline char *put_triple(char *out, std::uint64_t value) {
   std::memcpy(out, &kDigitTriples.text[4 * value], 4);
   return out + 3;
 }
-// "%d" and "%ld": at most 20 bytes.
+// "%d" and "%ld": at most 20 bytes.  Room for four where they take fewer.
 char *put_large_integer(char *out, std::int64_t value);
 inline char *put_integer(char *out, std::int64_t value) {
   const auto size = static_cast<std::uint64_t>(value);

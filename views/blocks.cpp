@@ -81,10 +81,7 @@ class BlocksView : public WholeView {
   [[nodiscard]] const Plan &plan_of(const SDBlk &block) const {
     return plans_[block.blkdef - seed_blkdefs];
   }
-  // Whether a block defines a code, so that others may refer to it from here on.
-  [[nodiscard]] bool defines(const SDBlk &block) const {
-    return block.blkdef != nullptr && plan_of(block).defines;
-  }
+  [[nodiscard]] bool defines(const SDBlk &block) const;
   [[nodiscard]] bool has_notes() const { return notes_begin() != notes_end(); }
   // What was put since a size of the buffer.
   [[nodiscard]] std::string_view text_since(std::size_t start) {
@@ -101,7 +98,6 @@ class BlocksView : public WholeView {
   void put_part(std::size_t part, Write write);
   void put_start_time();
   void put_chained(const SDBlk &record, const SDBlk &chained);
-  [[nodiscard]] bool is_repeated(SDBlk *block);
 
   BlocksOptions blocks_;
   Choice choice_;
@@ -117,11 +113,13 @@ class BlocksView : public WholeView {
   // The same of data records, and the start time of the present one.
   RecordParts parts_;
   double start_ = 0;
+  bool decoded_ = true;
 };
 
 void BlocksView::begin(const Input &input) {
   counts_ = {};
   repeats_.clear();
+  parts_.clear();
   blockette_start_ = R"({"kind":"blockette","file":)" + file() + R"(,"block":)";
   record_start_ = R"({"kind":"record","file":)" + file() + R"(,"block":)";
   out()->put(R"({"kind":"volume","file":)");
@@ -168,19 +166,26 @@ void BlocksView::put_hex(const SDBlk &block, std::size_t most) {
   out()->commit(put_char(tarvik::put_hex(at, bytes.data(), bytes.size()), '"'));
 }
 
+// Whether a block, or one of a data record's chain, defines a code, so that others may refer to it
+// from here on.
+bool BlocksView::defines(const SDBlk &block) const {
+  for (const SDBlk *b = &block; b != nullptr; b = b->next) {
+    if (b->blkdef != nullptr && plan_of(*b).defines) return true;
+  }
+  return false;
+}
+
 // A blockette whose bytes came before, without a note, and define nothing is the same again; so is
 // a data record, part by part, but for its time.
-bool BlocksView::is_repeated(SDBlk *block) {
+bool BlocksView::decodes(SDBlk *block) {
   if (!is_data_record(*block)) {
     repeated_ = repeats_.find(0, raw_bytes(*block));
-    return !repeated_.empty();
+    return decoded_ = repeated_.empty();
   }
   const int chained = sdblk_chain(block, &start_);
   if (chained < 0) throw std::bad_alloc();
-  return parts_.find(*block) && chained > 0;
+  return decoded_ = !parts_.find(*block) || chained == 0;
 }
-
-bool BlocksView::decodes(SDBlk *block) { return !is_repeated(block); }
 
 // ,"length":L,"type":T,"name":N,"fields":{...},"refs":{...}
 void BlocksView::put_own_members(const SDBlk &block) {
@@ -267,12 +272,12 @@ void BlocksView::put_record(const SDBlk &record) {
   out()->put(']');
   if (blocks_.raw) put_hex(record, kRawRecordBytes);
   out()->put('}');
-  if (!has_notes()) parts_.keep_new(out()->text());
+  if (decoded_ && !has_notes()) parts_.keep_new(out()->text());
 }
 
 void BlocksView::block(const SDBlk &block) {
   counts_.count(block);
-  if (defines(block)) repeats_.clear();
+  if (decoded_ && defines(block)) repeats_.clear();
   if (!choice_.takes(block)) return;
   if (is_data_record(block)) {
     put_record(block);

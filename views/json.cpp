@@ -221,7 +221,7 @@ const Date &date_of(std::int64_t day) {
   return date;
 }
 
-// std::llround, which is a call, of a number far below 2^52.
+// std::llround, which is a call, of a number far below 2^63.
 std::int64_t rounded(double value) {
   const auto whole = static_cast<std::int64_t>(value);
   const double rest = value - static_cast<double>(whole);

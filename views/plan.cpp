@@ -1,5 +1,7 @@
 #include "views/plan.h"
 
+#include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <string_view>
 
@@ -71,8 +73,10 @@ Form form_of(const SDBlkFieldDef &def) {
 }
 
 const SDBlkDef &definition_of(std::int32_t type) {
-  const SDBlkDef *def = seed_blkdefs;
-  while (def->type != type) ++def;
+  const auto *const end = seed_blkdefs + SEED_BLKDEFS_COUNT;
+  const SDBlkDef *def =
+      std::find_if(seed_blkdefs, end, [&](const SDBlkDef &d) { return d.type == type; });
+  assert(def != end);
   return *def;
 }
 

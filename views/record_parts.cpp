@@ -2,13 +2,12 @@
 
 #include <algorithm>
 
+#include "seed/format.h"
+
 namespace tarvik {
 namespace {
 
-constexpr std::size_t kHeaderBytes = 8;  // of a record, before the fixed section
-constexpr std::size_t kSectionEnd = 48;  // of the fixed section
-constexpr std::size_t kLinkBytes = 4;    // of a data blockette, before its fields
-constexpr std::size_t kMostBytes = 64;   // of fields; what is longer hardly comes again
+constexpr std::size_t kMostBytes = 64;  // of fields; what is longer hardly comes again
 
 // A number for the byte order and a place in a record: a part of the fixed section, or kChain and
 // the offset of a blockette.
@@ -19,18 +18,11 @@ std::uint32_t kind_of(const SDBlk &record, std::size_t place) {
 }  // namespace
 
 RecordParts::RecordParts() : fixed_section_(plan_of(definition_of(SDBLK_DATA_RECORD))) {
-  time_begin_ = kHeaderBytes;
-  for (const Plan::Field &field : fixed_section_.fields) {
-    const auto width = static_cast<std::size_t>(field.def->width);
-    time_end_ = time_begin_ + width;
-    if (field.form == Form::time) break;
-    time_begin_ += width;
-    ++time_;
-  }
+  while (fixed_section_.fields[time_].form != Form::time) ++time_;
   for (std::size_t i = 0; i < bytes_.size(); ++i) {
     const std::size_t fields = plans()[i].bytes;
     if (fields > 0 && fields <= kMostBytes) {
-      bytes_[i] = static_cast<std::uint8_t>(kLinkBytes + fields);
+      bytes_[i] = static_cast<std::uint8_t>(std::size_t{kLinkBytes} + fields);
     }
   }
 }
@@ -38,25 +30,26 @@ RecordParts::RecordParts() : fixed_section_(plan_of(definition_of(SDBLK_DATA_REC
 bool RecordParts::find(std::uint32_t kind, std::string_view bytes) {
   if (count_ == kMost) return false;
   const std::string_view text = bytes.empty() ? bytes : repeats_.find(kind, bytes);
-  parts_[count_++] = {kind, bytes, text};
+  parts_[count_++] = {kind, bytes, text, 0, 0};
   return !text.empty();
 }
 
 bool RecordParts::find_chained(const SDBlk &record, const SDBlk &chained) {
-  const auto there = static_cast<std::size_t>(chained.blockette_length);
   // Another blockette may begin within its type.
-  if (chained.blkdef == nullptr || there < kLinkBytes) return find(0, {});
+  if (chained.blkdef == nullptr || chained.blockette_length < kLinkBytes) return find(0, {});
   const std::size_t size = bytes_[static_cast<std::size_t>(chained.blkdef - seed_blkdefs)];
+  const auto there = static_cast<std::size_t>(chained.blockette_length);
   const auto offset = static_cast<std::size_t>(chained.file_offset - record.file_offset);
   return find(kind_of(record, kChain + offset), {chained.data_ptr, std::min(size, there)});
 }
 
 bool RecordParts::find(const SDBlk &record) {
-  const char *bytes = record.data_ptr;
+  const std::string_view section(record.data_ptr, kDataHeaderBytes);
+  const auto time_bytes = static_cast<std::size_t>(fixed_section_.fields[time_].def->width);
   count_ = 0;
-  new_count_ = 0;
-  bool all = find(kind_of(record, kBeforeTime), {bytes + kHeaderBytes, time_begin_ - kHeaderBytes});
-  all &= find(kind_of(record, kAfterTime), {bytes + time_end_, kSectionEnd - time_end_});
+  bool all =
+      find(kind_of(record, kBeforeTime), section.substr(kHeaderBytes, kStartTime - kHeaderBytes));
+  all &= find(kind_of(record, kAfterTime), section.substr(kStartTime + time_bytes));
   for (const SDBlk *chained = record.next; chained != nullptr; chained = chained->next) {
     all &= find_chained(record, *chained);
   }
@@ -64,15 +57,16 @@ bool RecordParts::find(const SDBlk &record) {
 }
 
 void RecordParts::note_new(std::size_t part, std::size_t start, std::size_t size) {
-  if (part >= count_ || parts_[part].bytes.empty() || new_count_ == kMost) return;
-  new_[new_count_++] = {part, start, size};
+  if (part >= count_ || parts_[part].bytes.empty()) return;
+  parts_[part].new_start = start;
+  parts_[part].new_size = size;
 }
 
 void RecordParts::keep_new(std::string_view written) {
-  for (std::size_t i = 0; i < new_count_; ++i) {
-    const auto &[place, start, size] = new_[i];
-    const Part &part = parts_[place];
-    repeats_.keep(part.kind, part.bytes, written.substr(start, size));
+  for (std::size_t i = 0; i < count_; ++i) {
+    const Part &part = parts_[i];
+    if (part.new_size == 0) continue;
+    repeats_.keep(part.kind, part.bytes, written.substr(part.new_start, part.new_size));
   }
 }
 

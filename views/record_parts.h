@@ -25,6 +25,9 @@ class RecordParts {
 
   RecordParts();
 
+  // Forgets all texts: of a file that others write in while it is read they may be wrong.
+  void clear() { repeats_.clear(); }
+
   // Looks for the parts of a record whose chain hangs on it.  False where the text of one is new.
   bool find(const SDBlk &record);
   // The text that was found of a part, or nothing; it lives until new ones are kept.
@@ -47,12 +50,8 @@ class RecordParts {
     std::uint32_t kind;
     std::string_view bytes;  // none where the text follows from more, or hardly comes again
     std::string_view text;
-  };
-  // A part whose text is new, and where that stands.
-  struct New {
-    std::size_t part;
-    std::size_t start;
-    std::size_t size;
+    std::size_t new_start;  // where its new text stands
+    std::size_t new_size;   // 0 where there is none
   };
   // Records have a few blockettes each; what stands after so many is always new.
   static constexpr std::size_t kMost = 16;
@@ -64,15 +63,11 @@ class RecordParts {
 
   const Plan &fixed_section_;
   std::size_t time_ = 0;
-  std::size_t time_begin_ = 0;  // offsets in a record
-  std::size_t time_end_ = 0;
   // By definition: the bytes of a data blockette that a text follows from, or 0.
   std::array<std::uint8_t, SEED_BLKDEFS_COUNT> bytes_ = {};
   Repeats repeats_ = Repeats(kMostTexts);
   std::array<Part, kMost> parts_ = {};
   std::size_t count_ = 0;
-  std::array<New, kMost> new_ = {};
-  std::size_t new_count_ = 0;
 };
 
 }  // namespace tarvik

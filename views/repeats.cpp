@@ -19,8 +19,8 @@ Word load(const char *bytes) {
   return word;
 }
 
-// Up to eight bytes as a word of two halves that may overlap.  Nothing after them is touched, as the
-// library's functions do: it may stand in a line of the cache that nobody else needs.
+// Up to eight bytes as a word of two halves that may overlap.  Nothing after them is touched, as
+// std::memcmp does on some machines: it may stand in a line of the cache that nobody else needs.
 std::uint64_t word_of(const char *bytes, std::size_t size) {
   constexpr std::size_t kHalf = kWord / 2;
   if (size >= kHalf) {
@@ -35,7 +35,7 @@ std::uint64_t word_of(const char *bytes, std::size_t size) {
 std::uint64_t mix(std::uint64_t hash, std::uint64_t word) {
   constexpr std::uint64_t kSpread = 0x9E3779B97F4A7C15;
   const std::uint64_t product = (hash ^ word) * kSpread;
-  return product ^ product >> 32;  // the high half has to do with all bits
+  return product ^ product >> 32;  // the high half depends on all bits
 }
 
 // Of few bytes all count, of many some three dozen words, evenly spread, and the last one: a
@@ -69,39 +69,45 @@ std::uint64_t mix(std::uint64_t hash, std::uint64_t word) {
 
 }  // namespace
 
-// The slot of these bytes, or the free one where they belong.
-inline std::size_t Repeats::slot_of(std::uint32_t kind, std::string_view bytes,
-                                    std::uint32_t hash) const {
+// The slot of these bytes or a free one where they may be kept; nullptr where others have taken all
+// that are looked at.
+inline Repeats::Kept *Repeats::slot_of(std::uint32_t kind, std::string_view bytes,
+                                       std::uint32_t hash) const {
+  constexpr std::size_t kLooks = 16;
   const std::size_t mask = slots() - 1;
-  for (std::size_t slot = hash & mask;; slot = (slot + 1) & mask) {
-    const Kept &kept = slots_[slot];
-    if (kept.text == 0) return slot;
+  for (std::size_t i = 0; i < kLooks; ++i) {
+    Kept &kept = slots_[(hash + i) & mask];
+    if (kept.generation != generation_) return &kept;
     if (kept.hash == hash && kept.kind == kind && kept.bytes == bytes.size() &&
         are_same(&room_[kept.at], bytes.data(), bytes.size())) {
-      return slot;
+      return &kept;
     }
   }
+  return nullptr;
 }
 
 std::string_view Repeats::find(std::uint32_t kind, std::string_view bytes) const {
   if (count_ == 0) return {};
-  const Kept &kept = slots_[slot_of(kind, bytes, hash_of(kind, bytes))];
-  return {&room_[kept.at] + kept.bytes, kept.text};
+  const Kept *kept = slot_of(kind, bytes, hash_of(kind, bytes));
+  if (kept == nullptr || kept->generation != generation_) return {};
+  return {&room_[kept->at] + kept->bytes, kept->text};
 }
 
 void Repeats::keep(std::uint32_t kind, std::string_view bytes, std::string_view text) {
   const std::size_t size = bytes.size() + text.size();
   if (size > kLargest) return;
+  if (!room_) room_ = std::make_unique_for_overwrite<char[]>(kRoom);  // touched as it is used
+  if (!slots_) slots_ = std::make_unique<Kept[]>(slots());
   if (count_ == most_ || size > kRoom - used_) clear();
-  if (!slots_) {
-    slots_ = std::make_unique<Kept[]>(slots());
-    room_ = std::make_unique_for_overwrite<char[]>(kRoom);  // touched where something is kept only
-  }
   const std::uint32_t hash = hash_of(kind, bytes);
-  Kept &kept = slots_[slot_of(kind, bytes, hash)];
-  if (kept.text != 0) return;
-  kept = {kind, hash, static_cast<std::uint32_t>(used_), static_cast<std::uint32_t>(bytes.size()),
-          static_cast<std::uint32_t>(text.size())};
+  Kept *kept = slot_of(kind, bytes, hash);
+  if (kept == nullptr || kept->generation == generation_) return;
+  *kept = {kind,
+           hash,
+           static_cast<std::uint32_t>(used_),
+           static_cast<std::uint32_t>(bytes.size()),
+           static_cast<std::uint32_t>(text.size()),
+           generation_};
   char *out = room_.get() + used_;
   std::memcpy(out, bytes.data(), bytes.size());
   std::memcpy(out + bytes.size(), text.data(), text.size());
@@ -109,8 +115,13 @@ void Repeats::keep(std::uint32_t kind, std::string_view bytes, std::string_view 
   ++count_;
 }
 
+// When the generations have all been used, they begin anew.
 void Repeats::clear() {
-  if (count_ > 0) std::fill_n(slots_.get(), slots(), Kept{});
+  if (count_ == 0) return;
+  if (++generation_ == 0) {
+    std::fill_n(slots_.get(), slots(), Kept{});
+    generation_ = 1;
+  }
   count_ = 0;
   used_ = 0;
 }

@@ -30,7 +30,8 @@ class WholeView : public View {
   virtual void begin(const Input &input) = 0;
   // A skip, or a note on a record: it stands before the next block.
   virtual void before_block(const SDBlkFinding &finding) = 0;
-  // Whether a block's fields are wanted.  One that is not decoded brings no notes.
+  // Whether a block's fields are wanted.  One that is not decoded brings no notes; its chain may be
+  // hung on it here.
   [[nodiscard]] virtual bool decodes(SDBlk * /*block*/) { return true; }
   // A block, decoded where decodes says so.  Its notes are in notes().
   virtual void block(const SDBlk &block) = 0;

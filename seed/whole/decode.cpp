@@ -67,10 +67,7 @@ const SDBlkDef *chained_definition(std::int32_t type) {
 // The next data blockette of a record, without its fields; nullptr when memory runs out.
 SDBlk *add_chained(SDBlk *record, SDBlk *tail, const Link &link, std::int32_t end) {
   SDBlk *blk = block_take_chained(record);
-  if (blk == nullptr) {
-    elog_log(1, "sdblk_unstuffblk: no memory for a block of %ld bytes\n", block_size());
-    return nullptr;
-  }
+  if (blk == nullptr) return nullptr;
   blk->blockette_type = link.type;
   blk->logical_sequence = record->logical_sequence;
   blk->logical_length = record->logical_length;
@@ -174,7 +171,11 @@ int chain_whole(SDBlkVol *vol, SDBlk *record, double *start) {
   const RecordBytes bytes = bytes_of(*record);
   const ByteOrder order = byte_order_of(bytes);
   record->big_endian = order.big_endian ? 1 : 0;
-  if (!block_make_whole(record) || !link_chain(record, bytes, &vol->whole->chain)) return -1;
+  if (!block_make_whole(record) || !link_chain(record, bytes, &vol->whole->chain)) {
+    elog_log(1, "sdblk_chain: no memory for the data blockettes of B%4.4d at %c:%6.6d\n",
+             record->blockette_type, record->record_type, record->logical_sequence);
+    return -1;
+  }
   *start = SDBLK_NO_TIME;
   const bool has_start = read_whole_binary_time(bytes.bytes + kStartTime, order.big_endian, start);
   return has_start && order.deduced && vol->whole->chain.ended_well() ? 1 : 0;

@@ -546,6 +546,16 @@ TEST(BlocksRepeats, ReferencesSeeWhatABlockThatIsNotChosenDefines) {
       line_of_block(lines(volume, options), 2, "blockette").ends_with(R"("refs":{"cid":1}})"));
 }
 
+TEST(BlocksRepeats, ReferencesSeeWhatAChainDefines) {
+  VolumeWriter volume(256);
+  volume.control('S', comment());
+  volume.data(record().blockette(31, "0011ACold~001"));
+  volume.control('S', comment());
+  const std::string text = lines(volume);
+  EXPECT_TRUE(line_of_block(text, 0, "blockette").ends_with(R"("refs":{"cid":null}})")) << text;
+  EXPECT_TRUE(line_of_block(text, 2, "blockette").ends_with(R"("refs":{"cid":1}})")) << text;
+}
+
 TEST(BlocksRepeats, NothingIsKeptOfAnotherFile) {
   VolumeWriter without(256);
   without.control('S', comment());

@@ -175,6 +175,35 @@ TEST(RecordPartsFind, BlocketteWhoseTypeIsCutIsAlwaysNew) {
   }
 }
 
+TEST(RecordPartsFind, BlocketteWithinTheHeaderIsNoPartOfTheFixedSection) {
+  // A chain from 48 to 19, within the time, where 1 stands as the next, and to 1, where the number of
+  // the record makes a 57, of 18 bytes up to the one before.
+  DataRecord record = {.sta = "AAAAA", .chan = "BH", .net = "0X"};
+  record.time = {2048, 260};
+  record.b1000(3, 1, 9).chain.back().forced_next = 19;
+  const std::string bytes = record.bytes(512).replace(0, 6,
+                                                      std::string(" \0"
+                                                                  "9\0\0 ",
+                                                                  6));
+  // The same 18 bytes after the time.
+  const std::string other = DataRecord{}.bytes(512).replace(30, 18, bytes, 1, 18);
+  RecordParts parts;
+  WholeReader reader(other + bytes);
+  double start = 0;
+  SDBlk *block = reader.next();
+  ASSERT_GE(sdblk_chain(block, &start), 0);
+  parts.find(*block);
+  parts.note_new(RecordParts::kAfterTime, 0, 4);
+  parts.keep_new("kept");
+  block = reader.next();
+  ASSERT_EQ(sdblk_chain(block, &start), 1);
+  const SDBlk *third = block->next->next->next;
+  EXPECT_EQ(third->blockette_type, 57);
+  EXPECT_EQ(third->blockette_length, 18);
+  EXPECT_FALSE(parts.find(*block));
+  EXPECT_EQ(parts.text(RecordParts::kChain + 2), "");
+}
+
 TEST(RecordPartsFind, TextsUnknownTypesAndLongOnesAreAlwaysNew) {
   for (const unsigned type : {2000U, 1500U, 500U}) {
     DataRecord other = {.sta = "DYNGA", .chan = "BHZ", .net = "XX"};
@@ -204,6 +233,13 @@ TEST(RecordPartsKeep, TextsThatWereFoundStay) {
   keep(&parts, other, "b");
   EXPECT_EQ(found(&parts, other), "b< a> a0 a1");
   EXPECT_EQ(found(&parts, record()), "a< a> a0 a1");
+}
+
+TEST(RecordPartsClear, ForgetsAll) {
+  RecordParts parts;
+  keep(&parts, record(), "a");
+  parts.clear();
+  EXPECT_EQ(found(&parts, record()), "? ? ? ?");
 }
 
 // Many texts make room for others, and those of one record at the same time.
