@@ -3,8 +3,9 @@
 
     mutate.py [--seed N] [--first N] [--count N] [--show] [FILE...]
 
-The faults that can be made in seed/, cmd/ and support/, or in the files named, are shuffled by the seed
-and numbered; --first and --count choose which of them are tried.  For each one line is printed:
+The faults that can be made in seed/, cmd/ and support/, or in the files named, which may be of views/,
+are shuffled by the seed and numbered; --first and --count choose which of them are tried.  For each one
+line is printed:
 
     17 seed/scan.cpp:88 `<` -> `<=`: found by ScanInt.LongestNumber
     18 seed/walk.cpp:40 `++n;` -> ``: SURVIVED
@@ -104,10 +105,9 @@ def faults_of(path):
 
 
 def shipped_files(named):
-    listed = subprocess.run(["git", "ls-files", *LAYERS], cwd=ROOT, capture_output=True, text=True,
-                            check=True).stdout.split()
-    files = [name for name in listed if name.endswith((".cpp", ".h")) and not LEFT_OUT.search(name)]
-    return [name for name in files if not named or name in named]
+    listed = subprocess.run(["git", "ls-files", *(named or LAYERS)], cwd=ROOT, capture_output=True,
+                            text=True, check=True).stdout.split()
+    return [name for name in listed if name.endswith((".cpp", ".h")) and not LEFT_OUT.search(name)]
 
 
 class Fault:
@@ -179,7 +179,8 @@ def build():
 
 # The tests of a layer, then those of the layers that use it; whatever else ctest knows comes last.
 PROGRAMS = {"support": ["support", "seed", "cmd", "examples"],
-            "seed": ["seed", "seed/whole", "cmd", "examples", "views"], "cmd": ["cmd"]}
+            "seed": ["seed", "seed/whole", "cmd", "examples", "views"], "cmd": ["cmd"],
+            "views": ["views"]}
 
 
 def first_failure(path):

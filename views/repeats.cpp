@@ -58,13 +58,7 @@ std::uint64_t mix(std::uint64_t hash, std::uint64_t word) {
 
 [[gnu::always_inline]] inline bool are_same(const char *left, const char *right, std::size_t size) {
   if (size <= kWord) return word_of(left, size) == word_of(right, size);
-  const auto differing = [&](std::size_t at) {
-    return load<std::uint64_t>(left + at) ^ load<std::uint64_t>(right + at);
-  };
-  if (size > 4 * kWord) return std::memcmp(left, right, size) == 0;
-  const std::uint64_t outer = differing(0) | differing(size - kWord);
-  if (size <= 2 * kWord) return outer == 0;
-  return (outer | differing(kWord) | differing(size - 2 * kWord)) == 0;
+  return std::memcmp(left, right, size) == 0;
 }
 
 }  // namespace

@@ -34,7 +34,7 @@ class Repeats {
     std::uint32_t at;  // in the room: the bytes, the text after them
     std::uint32_t bytes;
     std::uint32_t text;
-    std::uint32_t generation;  // in which it was kept
+    std::uint16_t generation;  // in which it was kept
   };
   [[nodiscard]] Kept *slot_of(std::uint32_t kind, std::string_view bytes, std::uint32_t hash) const;
   [[nodiscard]] std::size_t slots() const { return 2 * most_; }
@@ -43,7 +43,7 @@ class Repeats {
   // Both are made when the first text is kept.  Half of the slots is used at most.
   std::unique_ptr<Kept[]> slots_;
   std::unique_ptr<char[]> room_;
-  std::uint32_t generation_ = 1;  // what was kept in another one is forgotten
+  std::uint16_t generation_ = 1;  // what was kept in another one is forgotten
   std::size_t count_ = 0;
   std::size_t used_ = 0;  // of the room
 };

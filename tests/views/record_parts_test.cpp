@@ -150,6 +150,7 @@ TEST(RecordPartsFind, BlocketteThatIsCutIsNew) {
   ASSERT_GE(sdblk_chain(block, &start), 0);
   ASSERT_NE(block->next->next, nullptr);
   EXPECT_FALSE(parts.find(*block));
+  EXPECT_EQ(parts.text(RecordParts::kBeforeTime), "a<");
   EXPECT_EQ(parts.text(RecordParts::kChain), "a0");
   EXPECT_EQ(parts.text(RecordParts::kChain + 1), "");
 }

@@ -93,9 +93,9 @@ TEST(RepeatsKeep, WhatDoesNotFitMakesRoom) {
   const std::string text(Repeats::kRoom / 8, 'x');
   for (int i = 0; i < 7; ++i) repeats.keep(0, std::to_string(i), text);
   EXPECT_EQ(repeats.find(0, "0"), text);
-  repeats.keep(0, "7", text);
+  for (int i = 7; i < 1000; ++i) repeats.keep(0, std::to_string(i), text);
   EXPECT_EQ(repeats.find(0, "0"), "");
-  EXPECT_EQ(repeats.find(0, "7"), text);
+  EXPECT_EQ(repeats.find(0, "999"), text);
 }
 
 TEST(RepeatsKeep, OneTooManyMakesRoom) {
@@ -132,6 +132,18 @@ TEST(RepeatsClear, ForgetsAll) {
   EXPECT_EQ(repeats.find(0, "bytes"), "");
   repeats.keep(0, "bytes", "again");
   EXPECT_EQ(repeats.find(0, "bytes"), "again");
+}
+
+TEST(RepeatsClear, WhatWasForgottenLongAgoStaysSo) {
+  Repeats repeats(8);
+  repeats.keep(0, "old", "text");
+  for (int i = 0; i < 70000; ++i) {
+    repeats.clear();
+    ASSERT_EQ(repeats.find(0, "old"), "") << i;
+    repeats.keep(0, "new", "text");
+    ASSERT_EQ(repeats.find(0, "old"), "") << i;
+    ASSERT_EQ(repeats.find(0, "new"), "text") << i;
+  }
 }
 
 }  // namespace
