@@ -75,6 +75,11 @@ inline char *put_triple(char *out, std::uint64_t value) {
   std::memcpy(out, &kDigitTriples.text[4 * value], 4);
   return out + 3;
 }
+// Two digits of a number below 100.
+inline char *put_pair(char *out, std::uint64_t value) {
+  std::memcpy(out, &kDigitTriples.text[4 * value + 1], 2);
+  return out + 2;
+}
 // "%d" and "%ld": at most 20 bytes.  Room for four where they take fewer.
 char *put_large_integer(char *out, std::int64_t value);
 inline char *put_integer(char *out, std::int64_t value) {
@@ -84,27 +89,6 @@ inline char *put_integer(char *out, std::int64_t value) {
 }
 // "%*.*ld" with as many digits at least (a minus sign comes on top): at most 20 bytes.
 char *put_digits(char *out, std::int64_t value, int digits);
-
-// "00" to "99": a division by 100 yields two digits at once, and a look at the table writes them.
-struct DigitPairs {
-  char text[200];
-};
-consteval DigitPairs make_digit_pairs() {
-  DigitPairs pairs = {};
-  char *text = pairs.text;
-  for (int i = 0; i < 100; ++i) {
-    *text++ = static_cast<char>('0' + i / 10);
-    *text++ = static_cast<char>('0' + i % 10);
-  }
-  return pairs;
-}
-inline constexpr DigitPairs kDigitPairs = make_digit_pairs();
-
-// Two digits of a number below 100.
-inline char *put_pair(char *out, std::uint64_t value) {
-  std::memcpy(out, &kDigitPairs.text[2 * value], 2);
-  return out + 2;
-}
 
 // put_digits with a number of digits, nine at most, that is known beforehand.
 template <int kDigits>
