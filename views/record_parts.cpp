@@ -22,7 +22,7 @@ RecordParts::RecordParts() : fixed_section_(plan_of(definition_of(SDBLK_DATA_REC
   for (std::size_t i = 0; i < bytes_.size(); ++i) {
     const std::size_t fields = plans()[i].bytes;
     if (fields > 0 && fields <= kMostBytes) {
-      bytes_[i] = static_cast<std::uint8_t>(std::size_t{kLinkBytes} + fields);
+      bytes_[i] = static_cast<std::uint8_t>(kLinkBytes + static_cast<std::int64_t>(fields));
     }
   }
 }
