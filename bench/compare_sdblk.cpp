@@ -43,11 +43,25 @@ std::string output_of(const Tools &tools, Command command, const std::string &na
   return command.output;
 }
 
-std::vector<Row> rows(const Tools &tools) {
+// Files at the same time.
+std::vector<Row> rows_of_workers(const Tools &tools) {
+  const std::string forty = tools.folder + "/forty";
+  const std::string one = "sdblk blocks -j 1, 40 files";
+  return {
+      {one, sdblk(tools, {"blocks", "-j", "1"}, forty), {}, 0, 0},
+      {"sdblk blocks -j 2, 40 files",
+       sdblk(tools, {"blocks", "-j", "2"}, forty),
+       {one},
+       1 / 1.7,
+       0},
+      {"sdblk blocks -j 8, 40 files", sdblk(tools, {"blocks", "-j", "8"}, forty), {one}, 0, 0},
+  };
+}
+
+std::vector<Row> rows_of_volumes(const Tools &tools) {
   const std::string a = tools.folder + "/A.seed";
   const std::string c = tools.folder + "/C.seed";
   const std::string c16 = tools.folder + "/C16.seed";
-  const std::string forty = tools.folder + "/forty";
   const std::string small = tools.folder + "/small";
   const std::string many = tools.folder + "/many";
   const std::string d = tools.folder + "/D.seed";
@@ -88,17 +102,6 @@ std::vector<Row> rows(const Tools &tools) {
        {"sdblk stationxml C"},
        0,
        0},
-      {"sdblk blocks -j 1, 40 files", sdblk(tools, {"blocks", "-j", "1"}, forty), {}, 0, 0},
-      {"sdblk blocks -j 2, 40 files",
-       sdblk(tools, {"blocks", "-j", "2"}, forty),
-       {"sdblk blocks -j 1, 40 files"},
-       1 / 1.7,
-       0},
-      {"sdblk blocks -j 8, 40 files",
-       sdblk(tools, {"blocks", "-j", "8"}, forty),
-       {"sdblk blocks -j 1, 40 files"},
-       0,
-       0},
       {"sdblk volumes, 4,000 files", sdblk(tools, {"volumes"}, small), {}, 0, 0},
       {"sdblk volumes --known, 100,000 files",
        sdblk(tools, {"volumes", "--known", known}, many),
@@ -106,6 +109,13 @@ std::vector<Row> rows(const Tools &tools) {
        2,
        0},
   };
+}
+
+std::vector<Row> rows(const Tools &tools) {
+  std::vector<Row> all = rows_of_volumes(tools);
+  const std::vector<Row> workers = rows_of_workers(tools);
+  all.insert(all.end(), workers.begin(), workers.end());
+  return all;
 }
 
 }  // namespace
