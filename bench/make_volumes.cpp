@@ -3,6 +3,7 @@
 //   make_volumes records 512 256 FILE    256 MiB of 512-byte data records, blockettes 1000 and 1001
 //   make_volumes continuous 512 256 FILE the same, but each record goes on where its channel's last one ended
 //   make_volumes metadata 64 FILE        64 MiB of station metadata with long responses
+//   make_volumes varied 64 FILE          the same, but each channel's response has numbers of its own
 #include <array>
 #include <cmath>
 #include <cstdint>

@@ -1,8 +1,10 @@
 #include "views/repeats.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
+
+#include "support/digits.h"
+#include "support/load.h"
 
 namespace tarvik {
 namespace {
@@ -12,20 +14,13 @@ constexpr std::size_t kLargest = Repeats::kRoom / 4;
 
 constexpr std::size_t kWord = sizeof(std::uint64_t);
 
-template <typename Word>
-Word load(const char *bytes) {
-  Word word = 0;
-  std::memcpy(&word, bytes, sizeof word);
-  return word;
-}
-
 // Up to eight bytes as a word of two halves that may overlap.  Nothing after them is touched, as
 // std::memcmp does on some machines: it may stand in a line of the cache that nobody else needs.
 std::uint64_t word_of(const char *bytes, std::size_t size) {
   constexpr std::size_t kHalf = kWord / 2;
   if (size >= kHalf) {
-    return load<std::uint32_t>(bytes) | std::uint64_t{load<std::uint32_t>(bytes + size - kHalf)}
-                                            << 32;
+    const std::uint64_t last = load_u32(bytes + size - kHalf, false);
+    return load_u32(bytes, false) | last << 32;
   }
   std::uint64_t word = 0;
   for (std::size_t i = 0; i < size; ++i) word = word << 8 | static_cast<unsigned char>(bytes[i]);
@@ -50,8 +45,8 @@ std::uint64_t mix(std::uint64_t hash, std::uint64_t word) {
     constexpr std::size_t kSamples = 32;
     const std::size_t step = std::max(kWord, size / kSamples);
     const char *last = at + size - kWord;
-    for (; at < last; at += step) hash = mix(hash, load<std::uint64_t>(at));
-    hash = mix(hash, load<std::uint64_t>(last));
+    for (; at < last; at += step) hash = mix(hash, load_eight(at));
+    hash = mix(hash, load_eight(last));
   }
   return static_cast<std::uint32_t>(hash);
 }

@@ -57,9 +57,14 @@ bool all_of_class(const char *bytes, std::int64_t size, Class wanted) {
   return true;
 }
 
-bool has_six_digits(const char *bytes) {
+// The number of a record, where it is all digits.
+bool read_six_digits(const char *header, std::uint64_t *number) {
+  return read_eight_digits(first_of_eight<kNumberBytes>(header), number);
+}
+
+bool has_six_digits(const char *header) {
   std::uint64_t number = 0;
-  return read_eight_digits(first_of_eight<kNumberBytes>(bytes), &number);
+  return read_six_digits(header, &number);
 }
 
 bool is_control_header(const char *bytes, std::int64_t size) {
@@ -129,9 +134,7 @@ bool is_padding(const char *bytes, std::int64_t size) {
 
 std::int32_t record_number(const char *header) {
   std::uint64_t digits = 0;
-  if (read_eight_digits(first_of_eight<kNumberBytes>(header), &digits)) {
-    return static_cast<std::int32_t>(digits);
-  }
+  if (read_six_digits(header, &digits)) return static_cast<std::int32_t>(digits);
   int first = 0;
   int end = kNumberBytes;
   const auto is_blank = [&](int i) { return (class_of(header[i]) & (kBlank | kNul)) != 0; };

@@ -525,35 +525,31 @@ TEST(BlocksRepeats, BlocketteHasItsOwnRawBytes) {
   EXPECT_TRUE(line_of_block(text, 1, "blockette").ends_with(end)) << text;
 }
 
-TEST(BlocksRepeats, ReferencesSeeWhatWasDefinedInBetween) {
+// The ends of blocks 0 and 2, which are the same comment before and after what defines its code.
+void expect_references_around(const ControlBlockette *definition, const DataRecord *chain) {
   VolumeWriter volume(256);
   volume.control('S', comment());
-  volume.control('A', ControlBlockette(31).digits(11, 4).fixed("A", 1).var("Cold").digits(1, 3));
+  if (definition != nullptr) volume.control('A', *definition);
+  if (chain != nullptr) volume.data(*chain);
   volume.control('S', comment());
-  const std::string text = lines(volume);
-  EXPECT_TRUE(line_of_block(text, 0, "blockette").ends_with(R"("refs":{"cid":null}})")) << text;
-  EXPECT_TRUE(line_of_block(text, 2, "blockette").ends_with(R"("refs":{"cid":1}})")) << text;
+  BlocksOptions comments;
+  comments.types = "S";
+  for (const BlocksOptions &options : {BlocksOptions(), comments}) {
+    const std::string text = lines(volume, options);
+    EXPECT_TRUE(line_of_block(text, 0, "blockette").ends_with(R"("refs":{"cid":null}})")) << text;
+    EXPECT_TRUE(line_of_block(text, 2, "blockette").ends_with(R"("refs":{"cid":1}})")) << text;
+  }
 }
 
-TEST(BlocksRepeats, ReferencesSeeWhatABlockThatIsNotChosenDefines) {
-  VolumeWriter volume(256);
-  volume.control('S', comment());
-  volume.control('A', ControlBlockette(31).digits(11, 4).fixed("A", 1).var("Cold").digits(1, 3));
-  volume.control('S', comment());
-  BlocksOptions options;
-  options.types = "S";
-  EXPECT_TRUE(
-      line_of_block(lines(volume, options), 2, "blockette").ends_with(R"("refs":{"cid":1}})"));
+TEST(BlocksRepeats, ReferencesSeeWhatWasDefinedInBetweenChosenOrNot) {
+  const ControlBlockette definition =
+      ControlBlockette(31).digits(11, 4).fixed("A", 1).var("Cold").digits(1, 3);
+  expect_references_around(&definition, nullptr);
 }
 
-TEST(BlocksRepeats, ReferencesSeeWhatAChainDefines) {
-  VolumeWriter volume(256);
-  volume.control('S', comment());
-  volume.data(record().blockette(31, "0011ACold~001"));
-  volume.control('S', comment());
-  const std::string text = lines(volume);
-  EXPECT_TRUE(line_of_block(text, 0, "blockette").ends_with(R"("refs":{"cid":null}})")) << text;
-  EXPECT_TRUE(line_of_block(text, 2, "blockette").ends_with(R"("refs":{"cid":1}})")) << text;
+TEST(BlocksRepeats, ReferencesSeeWhatAChainDefinesChosenOrNot) {
+  const DataRecord chain = record().blockette(31, "0011ACold~001");
+  expect_references_around(nullptr, &chain);
 }
 
 TEST(BlocksRepeats, NothingIsKeptOfAnotherFile) {
@@ -666,6 +662,35 @@ TEST(BlocksRepeats, NotesOfARecordAreToldEachTime) {
             "\n"
             R"({"kind":"note","file":"v","why":"chain","offset":256,"block":1})"
             "\n");
+}
+
+TEST(BlocksRepeats, NotesOnFieldsOfAChainAreToldEachTime) {
+  DataRecord data = record(8);
+  data.blockette(57, "x1" + std::string(42, ' '));
+  VolumeWriter volume(256);
+  volume.data(data).data(data);
+  EXPECT_EQ(causes(lines(volume)),
+            R"({"kind":"note","file":"v","why":"value","offset":0,"block":0,)"
+            R"("field":"blockettes[1].stage"})"
+            "\n"
+            R"({"kind":"note","file":"v","why":"value","offset":256,"block":1,)"
+            R"("field":"blockettes[1].stage"})"
+            "\n");
+}
+
+TEST(BlocksRepeats, ByteOrderOfARecordThatCameBeforeIsNoted) {
+  DataRecord data = record(8);
+  VolumeWriter volume(256);
+  volume.data(data);
+  data.time = {2056, 257};  // the same in both byte orders
+  volume.data(data);
+  const std::string text = lines(volume);
+  EXPECT_EQ(causes(text), R"({"kind":"note","file":"v","why":"order","offset":256,"block":1})"
+                          "\n");
+  EXPECT_NE(
+      line_of_block(text, 1, "record").find(R"("time":"2056-09-13T00:00:00.0000Z","nsamp":5,)"),
+      std::string::npos)
+      << text;
 }
 
 TEST(BlocksRepeats, RecordIsChosenByItsBlockettesEachTime) {

@@ -397,6 +397,29 @@ TEST(PutFields, ArrayOfReferencesWhoseCountIsNullIsAnEmptyOne) {
             R"({"nstages":1,"stages":[{"stage":1,"nresps":null}]})");
 }
 
+// ---- some members ----
+
+std::string members(const SDBlk &block, std::size_t from, std::size_t to) {
+  TextBuffer buffer;
+  put_members(&buffer, block, plan_of(*block.blkdef), from, to);
+  return std::string(buffer.text());
+}
+
+TEST(PutMembers, FirstOfAllHasABraceAndTheOthersACommaBefore) {
+  const VolumeWriter volume =
+      volume_of(ControlBlockette(51).var("").var("").digits(11, 4).digits(7, 6));
+  const WholeBlock block(volume);
+  EXPECT_EQ(members(*block, 0, 2), R"({"time":null,"endtime":null)");
+  EXPECT_EQ(members(*block, 2, 4), R"(,"cid":11,"level":7)");
+  EXPECT_EQ(members(*block, 1, 1), "");
+}
+
+TEST(PutMembers, EndWhereFieldsAreAbsent) {
+  const VolumeWriter volume = volume_of(ControlBlockette(51).var("").var(""));
+  const WholeBlock block(volume);
+  EXPECT_EQ(members(*block, 1, 4), R"(,"endtime":null)");
+}
+
 // ---- one value ----
 
 TEST(PutValue, IsThatOfTheField) {
